@@ -1,0 +1,20 @@
+# unifold_add_driver(<target> KIND <folder> LIBRARY <name> SOURCES <file>...)
+#
+# A driver library: a module that is only ever loaded at run time, built as build/drivers/<folder>/lib<name>.so.
+function(unifold_add_driver target)
+    cmake_parse_arguments(ARG "" "KIND;LIBRARY" "SOURCES" ${ARGN})
+    add_library(${target} MODULE ${ARG_SOURCES})
+    target_link_libraries(${target} PRIVATE unifold_options)
+    # A GNU-unique symbol would pin the library in memory past dlclose.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+        target_compile_options(${target} PRIVATE -fno-gnu-unique)
+    endif()
+    set_target_properties(${target} PROPERTIES
+        OUTPUT_NAME ${ARG_LIBRARY}
+        PREFIX lib
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/drivers/${ARG_KIND})
+    # Under the sanitizers the run-time symbols come from the executable that loads the driver.
+    if(NOT UNIFOLD_SANITIZE)
+        target_link_options(${target} PRIVATE -Wl,--no-undefined)
+    endif()
+endfunction()
