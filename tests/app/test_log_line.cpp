@@ -11,10 +11,12 @@
 
 namespace {
 
+constexpr qint64 kUtcPlus8 = 28800;
+
 /// The stamp of a wall clock time in UTC+8.
 QString stamp(const QDate &date, const QTime &time = QTime(0, 0))
 {
-    const qint64 milliseconds = QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch() - 8 * 3600 * 1000;
+    const qint64 milliseconds = QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch() - kUtcPlus8 * 1000;
     writeLogTime(milliseconds / 1000, milliseconds % 1000 * 1000);
     return saveTime;
 }
@@ -104,7 +106,7 @@ private slots:
         qputenv("TZ", "America/New_York");
         tzset();
         const QString there = QString(logTime()).left(18);
-        const QString now = QDateTime::currentDateTimeUtc().addSecs(8 * 3600).toString("HHmmss");
+        const QString now = QDateTime::currentDateTimeUtc().addSecs(kUtcPlus8).toString("HHmmss");
         qputenv("TZ", zone);
         tzset();
         // A second may pass between the two clocks.

@@ -78,7 +78,8 @@ private slots:
         for (QWidget *candidate : bench.window.findChildren<QWidget *>(name))
             if (candidate->window() == &bench.window && (candidate == tabs || !tabs->isAncestorOf(candidate)))
                 found = candidate;
-        QVERIFY(found != nullptr);
+        if (found == nullptr)
+            QFAIL("no such widget");
         QCOMPARE(found->metaObject()->className(), className);
         QCOMPARE(found->property(property.toUtf8().constData()).toString(), value);
     }
