@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 
 void *loadedDriverSymbol(const char *symbol)
 {
