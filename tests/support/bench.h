@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/main_window.h"
+#include "sdk/loader.h"
 #include "tests/support/recorder.h"
 
 #include <QAbstractButton>
@@ -16,6 +17,9 @@
 class Bench {
 public:
     MainWindow window;
+
+    /// Each bench starts with no library, so that it meets a recorder of its own.
+    Bench() { sdk::unload(); }
 
     /// Text of the separator line behind the time stamp and the tag.
     static constexpr char kSeparator[] = "------------------------------------------";
