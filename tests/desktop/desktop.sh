@@ -48,7 +48,7 @@ wait_for() {
         fi
         sleep 0.05
     done
-    fail "waited in vain for $what"
+    fail "waited in vain for $what${window:+ (window at $(position "$window"))}"
 }
 
 window_shown() {

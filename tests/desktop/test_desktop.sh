@@ -12,6 +12,14 @@ moved_to() {
     [ "$(position "$1")" = "$2 $3" ]
 }
 
+# rests <window>: the window manager has done with placing it.
+rests() {
+    local before
+    before=$(position "$1")
+    sleep 0.3
+    [ "$(position "$1")" = "$before" ]
+}
+
 # follows <dialog> <window>: the dialog stands flush against the window's right edge, tops level.
 follows() {
     local dialog window width
@@ -38,6 +46,7 @@ start_bench
 
 [ "$(size "$window")" = "867 644" ] || fail "the window is $(size "$window") large"
 wait_for "the dialog at the window's edge" follows "$dialog" "$window"
+wait_for "the window to come to rest" rests "$window"
 screenshot start
 
 # By the window's body: the status bar takes no mouse.
@@ -60,13 +69,13 @@ xdotool windowmove --sync "$window" $((x - 40)) $((y + 33))
 wait_for "the dialog after a move by the window manager" follows "$dialog" "$window"
 
 # The loader's lines come at once, though standard output is a file; the driver row is the first row of the window.
-xdotool mousemove --window "$window" 613 38 click 1
+xdotool mousemove --window "$window" 613 18 click 1
 wait_for "the console lines" grep -q 'Load symbols done.' "$world/out"
 [ "$(grep -c '^Load symbol .* success' "$world/out")" -eq 85 ] || fail "not 85 symbols"
 screenshot loaded
 
 # Every tab, looked at by whoever changes a form. Ctrl+PageDown goes round the tabs once one of them has the focus.
-xdotool mousemove --window "$window" 60 202 click 1
+xdotool mousemove --window "$window" 76 181 click 1
 for tab in status cpucard magstripe idcard mifare ssse; do
     sleep 0.3
     screenshot "tab-$tab"
