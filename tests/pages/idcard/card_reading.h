@@ -55,7 +55,7 @@ inline void answerCard(const QByteArray &info, const Pictures &pictures)
 {
     recorder().vek_idcr_getinfo = [info, pictures](auto, auto, auto, auto, char *out, auto, const char *photo,
                                                    const char *front, const char *back) {
-        std::memcpy(out, info.constData(), std::min<std::size_t>(sdk::kIdInfoSize, info.size() + 1U));
+        std::memcpy(out, info.constData(), std::min(sdk::kIdInfoSize, static_cast<std::size_t>(info.size()) + 1));
         writePicture(pictures.photo, photo);
         writePicture(pictures.front, front);
         writePicture(pictures.back, back);
