@@ -16,6 +16,8 @@ function(unifold_add_driver target)
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/drivers/${ARG_KIND})
     if(NOT ARG_KIND MATCHES "^test-")
         add_dependencies(drivers ${target})
+        # Outside the dynamic loader's default folders: a reader maker's library of the same name must win.
+        install(TARGETS ${target} LIBRARY DESTINATION ${UNIFOLD_LIBDIR}/drivers/${ARG_KIND})
     endif()
     # Under the sanitizers the run-time symbols come from the executable that loads the driver.
     if(NOT UNIFOLD_SANITIZE)
