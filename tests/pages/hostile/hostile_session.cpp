@@ -172,6 +172,14 @@ void HostileSession::reloadDriver()
     loadDriver();
 }
 
+QSet<QString> HostileSession::calledEntryPoints()
+{
+    QSet<QString> names;
+    for (const auto &[name, times] : hostility().calls)
+        names << QString::fromStdString(name);
+    return names;
+}
+
 void HostileSession::answerMessageBox()
 {
     auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());

@@ -3,6 +3,7 @@
 //
 //   UNIFOLD_HOSTILE_COUNT=5000   that many seeds, from 1 (without it 300, or fewer if they take too long)
 //   UNIFOLD_HOSTILE_SEED=17      this seed alone, to repeat a failure: each session follows from its seed
+#include "sdk/entry_point_table.h"
 #include "tests/pages/hostile/hostile_session.h"
 #include "tests/support/hostility.h"
 
@@ -17,6 +18,15 @@ constexpr int kPatienceMs = 20000;
 
 /// The blocking read takes up to a second of real time.
 constexpr std::uint32_t kSeedsPerBlockingRead = 60;
+
+QSet<QString> calledByTheBench()
+{
+#define UNIFOLD_NAME_CALLED(name, Contract) #name,
+#define UNIFOLD_NAME_UNCALLED(name)
+    return {UNIFOLD_ENTRY_POINTS(UNIFOLD_NAME_CALLED, UNIFOLD_NAME_UNCALLED)};
+#undef UNIFOLD_NAME_CALLED
+#undef UNIFOLD_NAME_UNCALLED
+}
 
 } // namespace
 
@@ -34,8 +44,7 @@ private slots:
         QElapsedTimer sinceStart;
         sinceStart.start();
         int sessions = 0;
-        int presses = 0;
-        int markersShown = 0;
+        m_sum = Sum();
         for (int seed = first; seed <= last; ++seed) {
             if (!counted && sessions >= kLeastCount && sinceStart.elapsed() > kPatienceMs)
                 break;
@@ -43,16 +52,28 @@ private slots:
             if (QTest::currentTestFailed())
                 return;
             ++sessions;
-            presses += m_presses;
-            markersShown += m_markersShown;
         }
-        qInfo("%d seeds, %d presses, %d pieces of markup shown as characters", sessions, presses, markersShown);
-        // One seed alone may have shown none.
-        QVERIFY(presses > 0);
-        QVERIFY(single || markersShown > 0);
+        qInfo("%d seeds, %d presses, %d message boxes, %d pieces of markup shown as characters", sessions,
+              m_sum.presses, m_sum.messageBoxes, m_sum.markersShown);
+        QVERIFY(m_sum.presses > 0);
+        // One seed alone need not meet everything.
+        if (single)
+            return;
+        QVERIFY(m_sum.markersShown > 0);
+        QVERIFY(m_sum.messageBoxes > 0);
+        const QStringList missed = (calledByTheBench() - m_sum.called).values();
+        QVERIFY2(missed.isEmpty(), qPrintable("never called: " + missed.join(", ")));
     }
 
 private:
+    /// Over all sessions, so that a run that met nothing does not pass.
+    struct Sum {
+        int presses = 0;
+        int markersShown = 0;
+        int messageBoxes = 0;
+        QSet<QString> called;
+    };
+
     void runSession(std::uint32_t seed, bool single)
     {
         // A crash ends the program: the last seed printed is the one to repeat.
@@ -63,15 +84,16 @@ private:
         if (single || seed % kSeedsPerBlockingRead == 1)
             session.readStripe();
         const QString complaint = session.complaint();
-        m_presses = session.presses();
-        m_markersShown = session.markersShown();
+        m_sum.presses += session.presses();
+        m_sum.markersShown += session.markersShown();
+        m_sum.messageBoxes += session.messageBoxes();
+        m_sum.called += HostileSession::calledEntryPoints();
         QVERIFY2(complaint.isEmpty(), (where + complaint.toUtf8()).constData());
         session.reloadDriver();
         QVERIFY2(session.isUsable(), (where + "the window is not usable").constData());
     }
 
-    int m_presses = 0;
-    int m_markersShown = 0;
+    Sum m_sum;
 };
 
 QTEST_MAIN(TestHostileDriver)
