@@ -53,6 +53,7 @@ int vek_enum_devices(int /*transport*/, char **list)
 
 void vek_free_list(char *list)
 {
+    ++Spite::control().calls["vek_free_list"];
     auto &lists = Spite::control().lists;
     const auto found = std::find_if(lists.begin(), lists.end(), [list](const auto &own) { return own.get() == list; });
     if (found != lists.end()) {

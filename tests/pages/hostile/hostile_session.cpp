@@ -101,10 +101,14 @@ void HostileSession::pressAll(QWidget *root)
         if (!isPressedByName(found->objectName()))
             buttons << found;
     std::shuffle(buttons.begin(), buttons.end(), m_random);
+    // Painting after each press would be most of the work: a page is painted once, as it stands in the end.
+    m_window.setUpdatesEnabled(false);
     for (const QPointer<QAbstractButton> &found : buttons) {
         press(found);
         QCoreApplication::processEvents();
     }
+    m_window.setUpdatesEnabled(true);
+    QCoreApplication::processEvents();
 }
 
 void HostileSession::typeInto(QWidget *page)
@@ -166,6 +170,14 @@ void HostileSession::reloadDriver()
     for (int i = 0; i < 5; ++i)
         QCoreApplication::processEvents();
     loadDriver();
+}
+
+QSet<QString> HostileSession::calledEntryPoints()
+{
+    QSet<QString> names;
+    for (const auto &[name, times] : hostility().calls)
+        names << QString::fromStdString(name);
+    return names;
 }
 
 void HostileSession::answerMessageBox()

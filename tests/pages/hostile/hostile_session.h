@@ -3,6 +3,7 @@
 
 #include "app/main_window.h"
 
+#include <QSet>
 #include <QStringList>
 #include <QTimer>
 
@@ -34,10 +35,15 @@ public:
     /// Whether a press still reaches the driver and the pane can be cleared.
     bool isUsable();
 
+    /// Entry points called since the driver was loaded last.
+    static QSet<QString> calledEntryPoints();
+
     int presses() const { return m_presses; }
 
     /// How many pieces of markup the window showed as characters when complaint() last looked.
     int markersShown() const { return m_markersShown; }
+
+    int messageBoxes() const { return m_boxTexts.size() / 2; }
 
 private slots:
     void onAddLog(const QString &line) { m_lines << line; }
