@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <thread>
 
 namespace drivers {
 
@@ -12,6 +14,10 @@ using std::chrono::milliseconds;
 
 // A wait is made of slices, so that closing the reader ends it soon.
 constexpr milliseconds kWaitSlice{200};
+// A card that was exchanged a moment ago still counts as the old one and cannot be powered, until pcscd looks at its
+// slots again. Only after that is a card that stays silent taken for a dead one.
+constexpr milliseconds kExchangeNotice{1200};
+constexpr milliseconds kExchangePause{100};
 
 bool hasCard(const SCARD_READERSTATE &state)
 {
@@ -79,6 +85,7 @@ ReturnCode PcscReader::powerOn(milliseconds timeout, Bytes &atr)
     const std::lock_guard<std::mutex> lock(m_mutex);
     const Clock::time_point deadline = Clock::now() + timeout;
     m_channel.disconnect(SCARD_UNPOWER_CARD);
+    std::optional<Clock::time_point> silentUntil;
     for (;;) {
         const ReturnCode waited = waitForCard(deadline);
         if (waited == kTimeout && timeout.count() == 0)
@@ -86,12 +93,20 @@ ReturnCode PcscReader::powerOn(milliseconds timeout, Bytes &atr)
         if (waited != kSuccess)
             return waited;
         const LONG result = m_channel.connect(atr);
-        if (isServiceLost(result))
+        if (isServiceLost(result)) {
             loseService();
+            return kReaderGone;
+        }
         const ReturnCode code = returnCodeOf(result);
-        const bool pulledMeanwhile = code == kNoCard || code == kCardRemoved;
-        if (!pulledMeanwhile || remaining(deadline).count() == 0)
+        const bool pulled = code == kNoCard || code == kCardRemoved;
+        const bool silent = code == kNotPowered || code == kTransportFailure;
+        if (!pulled && !silent)
             return code;
+        if (silent && !silentUntil)
+            silentUntil = std::min(deadline, Clock::now() + kExchangeNotice);
+        if (Clock::now() >= (silent ? *silentUntil : deadline))
+            return silent ? kTransportFailure : code;
+        std::this_thread::sleep_for(kExchangePause);
     }
 }
 
