@@ -74,21 +74,26 @@ private slots:
     void unloadedWithAnOpenDevice();
 
 private:
-    bool canStopDaemon() const { return m_daemon->isOurs(); }
+    bool mayStopDaemon() const;
 
     std::unique_ptr<PcscDaemon> m_daemon;
     std::unique_ptr<DriverApi> m_api;
 };
-
-#define REQUIRE_OWN_DAEMON()                                                                                           \
-    if (!canStopDaemon())                                                                                              \
-    QSKIP("the running pcscd was not started by this test, which therefore may not stop it")
 
 void TestPcscFaults::initTestCase()
 {
     m_daemon = std::make_unique<PcscDaemon>();
     QVERIFY2(m_daemon->problem().isEmpty(), qPrintable(m_daemon->problem()));
     m_api = std::make_unique<DriverApi>("libtarvozent.so");
+}
+
+// Skips the running test if not.
+bool TestPcscFaults::mayStopDaemon() const
+{
+    if (!m_daemon->isOurs())
+        QTest::qSkip("the running pcscd was not started by this test, which therefore may not stop it", __FILE__,
+                     __LINE__);
+    return m_daemon->isOurs();
 }
 
 void TestPcscFaults::init()
@@ -237,7 +242,8 @@ void TestPcscFaults::cardResetByAnother()
 
 void TestPcscFaults::daemonStoppedAndRestarted()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     QCOMPARE(session.powerOn().code, int(kSuccess));
@@ -270,7 +276,8 @@ void TestPcscFaults::daemonStoppedAndRestarted()
 
 void TestPcscFaults::daemonRestartedUnnoticed()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     DriverSession idle(*m_api, kReader0);
@@ -290,7 +297,8 @@ void TestPcscFaults::daemonRestartedUnnoticed()
 
 void TestPcscFaults::daemonStoppedDuringAWait()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     std::unique_ptr<VpcdCard> card;
     DriverSession session(*m_api, kReader0);
     Answer answer;
@@ -313,7 +321,8 @@ void TestPcscFaults::daemonStoppedDuringAWait()
 
 void TestPcscFaults::daemonStoppedDuringACommand()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     std::atomic<bool> asked{false};
     std::atomic<bool> stopped{false};
     const auto respond = [&](const Bytes &) {
