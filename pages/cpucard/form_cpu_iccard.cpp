@@ -57,6 +57,9 @@ Form_CPU_Iccard::Form_CPU_Iccard(DeviceContext *device, QWidget *parent)
     cardTypes->addButton(ui->radioButton_6, 18);
     cardTypes->addButton(ui->radioButton_7, 19);
     ui->radioButton_3->setChecked(true);
+    // Long texts are shown from their beginning.
+    ui->lineEdit_pboc_arqc->setCursorPosition(0);
+    ui->lineEdit_pboc_arpc->setCursorPosition(0);
 }
 
 Form_CPU_Iccard::~Form_CPU_Iccard()
