@@ -49,6 +49,9 @@ log_has() {
 }
 
 start_desktop
+# The daemon's socket and the virtual reader's ports exist once on a machine; the other tests take the same lock.
+exec 9>>/tmp/unifold-vpcd.lock
+flock 9
 start_pcscd
 "$card" "$atr" "00A4040008A000000333010101*=$select_reply" >/dev/null &
 pids+=($!)
