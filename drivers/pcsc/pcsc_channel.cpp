@@ -92,6 +92,9 @@ LONG PcscChannel::exchangeRaw(const Bytes &tpdu, Bytes &reply)
 
     DWORD size = m_buffer.size();
     const LONG result = SCardTransmit(m_card, protocol, tpdu.data(), tpdu.size(), nullptr, m_buffer.data(), &size);
+    // Some reader drivers call an exchange that broke off a success without a reply.
+    if (result == SCARD_S_SUCCESS && size < 2)
+        return SCARD_F_COMM_ERROR;
     if (result == SCARD_S_SUCCESS)
         reply.assign(m_buffer.begin(), m_buffer.begin() + static_cast<std::ptrdiff_t>(size));
     return result;

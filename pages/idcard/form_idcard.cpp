@@ -155,10 +155,11 @@ void Form_Idcard::showText(QByteArray info)
 void Form_Idcard::showPhoto()
 {
     const QString path = QString::fromUtf8(m_photoPath.data());
-    if (m_photo->load(path))
+    if (m_photo->load(path)) {
         ui->label_image_photo->setPixmap(QPixmap::fromImage(*m_photo));
-    else if (m_photo->isNull())
+    } else if (m_photo->isNull()) {
         warn(this, "img_photo->isNull", path);
+    }
     emit updatePhotoImage(m_photo.get());
 }
 

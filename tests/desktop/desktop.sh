@@ -48,7 +48,7 @@ wait_for() {
         fi
         sleep 0.05
     done
-    fail "waited in vain for $what"
+    fail "waited in vain for $what${window:+ (window at $(position "$window"))}"
 }
 
 window_shown() {
@@ -58,6 +58,14 @@ window_shown() {
 window_named() {
     wait_for "the window $1" window_shown "$1"
     xdotool search --onlyvisible --name "^$1\$" | head -n 1
+}
+
+# rests <window>: the window manager has done with placing it.
+rests() {
+    local before
+    before=$(position "$1")
+    sleep 0.3
+    [ "$(position "$1")" = "$before" ]
 }
 
 # position <window>: "x y" of the client area's corner. xdotool counts the frame twice under a window manager.

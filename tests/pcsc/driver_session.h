@@ -49,7 +49,7 @@ public:
     DriverSession(const DriverSession &) = delete;
     DriverSession &operator=(const DriverSession &) = delete;
 
-    Answer powerOn(std::uint32_t timeoutMs = 4000, std::uint8_t slot = sdk::kSlotAutomatic)
+    Answer powerOn(std::uint32_t timeoutMs = 4000, std::uint8_t slot = sdk::kSlotAutomatic) const
     {
         GuardedBuffer<sdk::kAtrSize> buffer;
         Answer answer;
@@ -57,7 +57,7 @@ public:
         return filled(answer, buffer);
     }
 
-    Answer apdu(const QByteArray &command, std::uint8_t slot = sdk::kSlotAutomatic)
+    Answer apdu(const QByteArray &command, std::uint8_t slot = sdk::kSlotAutomatic) const
     {
         GuardedBuffer<sdk::kApduReplySize> buffer;
         Answer answer;
@@ -66,8 +66,8 @@ public:
         return filled(answer, buffer);
     }
 
-    int powerOff() { return m_api.vek_icc_poweroff(handle, sdk::kSlotAutomatic, 4000); }
-    int status() { return m_api.vek_icc_status(handle, sdk::kSlotAutomatic); }
+    int powerOff() const { return m_api.vek_icc_poweroff(handle, sdk::kSlotAutomatic, 4000); }
+    int status() const { return m_api.vek_icc_status(handle, sdk::kSlotAutomatic); }
 
 private:
     template <class Buffer>

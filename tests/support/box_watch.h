@@ -13,7 +13,7 @@
 class BoxWatch {
 public:
     /// `answered`, if set, is told each box before it is answered.
-    explicit BoxWatch(std::function<void(QString)> answered = {})
+    explicit BoxWatch(const std::function<void(QString)> &answered = {})
     {
         QObject::connect(&m_timer, &QTimer::timeout, [this, answered] { answer(answered); });
         m_timer.start(5);

@@ -89,7 +89,7 @@ private slots:
         bench.openDevice();
         auto *page = pageWithOldIds(bench);
         answerTexts([](auto, auto, char *out) {
-            std::strcpy(out, "<b>号 1</b>");
+            qstrcpy(out, "<b>号 1</b>");
             return 0;
         });
         bench.press(command.button, page);
@@ -109,7 +109,7 @@ private slots:
         bench.openDevice();
         auto *page = pageWithOldIds(bench);
         answerTexts([](auto, auto, char *out) {
-            std::strcpy(out, "not to be shown");
+            qstrcpy(out, "not to be shown");
             return -17;
         });
         bench.press(command.button, page);
