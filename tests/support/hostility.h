@@ -19,8 +19,8 @@ struct Hostility {
     /// Calls since the seed was set, by entry point.
     std::map<std::string, std::uint32_t> calls;
 
-    /// Pieces of markup written into buffers and lists so far. Each is "<b>m1;</b>" with its own number: shown text
-    /// that has "m1;" without "<b>" before it was taken for markup.
+    /// Pieces of markup written into buffers and lists so far. Each is "<b>marker1;</b>" with its own number: shown
+    /// text that has "marker1;" without "<b>" before it was taken for markup.
     std::uint32_t markers = 0;
 
     /// Length of all texts passed in, which are read to their NULs.

@@ -93,7 +93,7 @@ std::string Spite::piece()
     if (choice < kPieces)
         return pieces[choice];
     // The blank keeps half a character before it from swallowing the "<".
-    return " <b>m" + std::to_string(++control().markers) + ";</b>";
+    return " <b>marker" + std::to_string(++control().markers) + ";</b>";
 }
 
 void Spite::leavePicture(const char *path)

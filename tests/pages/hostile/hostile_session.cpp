@@ -204,14 +204,14 @@ QStringList HostileSession::shownTexts() const
 
 QString HostileSession::complaint()
 {
-    static const QRegularExpression stripped("(?<!<b>)m\\d+;");
-    static const QRegularExpression marker("<b>m\\d+;");
+    static const QRegularExpression stripped("(?<!<b>)marker\\d+;");
+    static const QRegularExpression marker("<b>marker\\d+;");
     m_markersShown = 0;
     for (const QString &text : shownTexts()) {
         m_markersShown += text.count(marker);
         const auto found = stripped.match(text);
         if (found.hasMatch())
-            return "taken for markup: " + found.captured();
+            return "taken for markup: " + text.mid(qMax(0, found.capturedStart() - 40), 60);
     }
     // A label guesses its format from the text, and a message box shows its text in one.
     for (const auto *label : m_window.findChildren<QLabel *>())
