@@ -1,0 +1,170 @@
+#include "drivers/virtual/cards/mifare_dump.h"
+
+#include "drivers/virtual/cards/card_description.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace drivers::cards {
+
+namespace {
+
+constexpr std::size_t kUidBytes = 4;
+
+template <typename Iterator>
+std::string hexOf(Iterator begin, std::size_t count)
+{
+    return toHex(Bytes(begin, begin + static_cast<std::ptrdiff_t>(count)));
+}
+
+[[noreturn]] void rejectLine(std::size_t line, const std::string &reason)
+{
+    throw std::runtime_error("line " + std::to_string(line) + ": " + reason);
+}
+
+std::string_view trimmed(std::string_view line)
+{
+    constexpr std::string_view kBlanks = " \t\r";
+    const std::size_t first = line.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos)
+        return {};
+    return line.substr(first, line.find_last_not_of(kBlanks) - first + 1);
+}
+
+Block16 blockOfLine(std::string_view line, std::size_t number)
+{
+    const auto bytes = fromHex(line);
+    if (!bytes || bytes->size() != kMifareBlockBytes)
+        rejectLine(number, "must be 32 hexadecimal digits");
+    Block16 block{};
+    std::copy(bytes->begin(), bytes->end(), block.begin());
+    return block;
+}
+
+nlohmann::json sectorKeysOf(const Block16 &trailer)
+{
+    return {{"KeyA", hexOf(trailer.begin() + kKeyAOffset, kAccessOffset - kKeyAOffset)},
+            {"AccessConditions", hexOf(trailer.begin() + kAccessOffset, kKeyBOffset - kAccessOffset)},
+            {"KeyB", hexOf(trailer.begin() + kKeyBOffset, kMifareBlockBytes - kKeyBOffset)}};
+}
+
+void overlay(const nlohmann::json &keys, const std::string &place, const char *name, Block16 &trailer,
+             std::size_t begin, std::size_t end)
+{
+    if (!keys.contains(name))
+        return;
+    const Bytes bytes = requireHex(keys.at(name), place + "/" + name, end - begin);
+    std::copy(bytes.begin(), bytes.end(), trailer.begin() + static_cast<std::ptrdiff_t>(begin));
+}
+
+void overlaySectorKeys(const nlohmann::json &sectors, MifareImage &image)
+{
+    if (!sectors.is_object())
+        rejectDescription("/SectorKeys", "must be an object");
+    for (int sector = 0; sector < kMifareSectors; ++sector) {
+        const auto found = sectors.find(std::to_string(sector));
+        if (found == sectors.end())
+            continue;
+        const std::string place = "/SectorKeys/" + std::to_string(sector);
+        if (!found->is_object())
+            rejectDescription(place, "must be an object");
+        Block16 &trailer = image.at(static_cast<std::size_t>(trailerOfSector(sector)));
+        overlay(*found, place, "KeyA", trailer, kKeyAOffset, kAccessOffset);
+        overlay(*found, place, "AccessConditions", trailer, kAccessOffset, kKeyBOffset);
+        overlay(*found, place, "KeyB", trailer, kKeyBOffset, kMifareBlockBytes);
+    }
+}
+
+void requireSameUid(const nlohmann::json &dump, const Block16 &manufacturer)
+{
+    const auto card = dump.find("Card");
+    if (card == dump.end() || !card->is_object() || !card->contains("UID"))
+        return;
+    const Bytes uid = requireHex(card->at("UID"), "/Card/UID", kUidBytes);
+    if (!std::equal(uid.begin(), uid.end(), manufacturer.begin()))
+        rejectDescription("/Card/UID", "is not the UID of block 0, " + hexOf(manufacturer.begin(), kUidBytes));
+}
+
+} // namespace
+
+std::string exportRawDump(const MifareImage &image)
+{
+    std::string content;
+    content.reserve(kMifareBytes);
+    for (const Block16 &block : image)
+        content.append(block.begin(), block.end());
+    return content;
+}
+
+MifareImage importRawDump(std::string_view content)
+{
+    if (content.size() != kMifareBytes)
+        throw std::runtime_error("a raw dump must be 1024 bytes, not " + std::to_string(content.size()));
+    MifareImage image{};
+    for (std::size_t i = 0; i < content.size(); ++i)
+        image.at(i / kMifareBlockBytes).at(i % kMifareBlockBytes) = static_cast<std::uint8_t>(content[i]);
+    return image;
+}
+
+std::string exportEmlDump(const MifareImage &image)
+{
+    std::string content;
+    for (const Block16 &block : image)
+        content += hexOf(block.begin(), block.size()) + "\n";
+    return content;
+}
+
+MifareImage importEmlDump(std::string_view content)
+{
+    MifareImage image{};
+    std::size_t number = 0;
+    while (!content.empty()) {
+        const std::size_t end = content.find('\n');
+        const std::string_view line = trimmed(content.substr(0, end));
+        content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);
+        ++number;
+        if (number <= image.size())
+            image[number - 1] = blockOfLine(line, number);
+        else if (!line.empty())
+            rejectLine(number, "more than 64 blocks");
+    }
+    if (number < image.size())
+        rejectLine(number + 1, "only " + std::to_string(number) + " of 64 blocks");
+    return image;
+}
+
+nlohmann::json exportJsonDump(const MifareImage &image)
+{
+    nlohmann::json dump;
+    dump["Card"] = {{"UID", hexOf(image[0].begin(), kUidBytes)}};
+    for (std::size_t i = 0; i < image.size(); ++i)
+        dump["blocks"][std::to_string(i)] = hexOf(image[i].begin(), kMifareBlockBytes);
+    for (int sector = 0; sector < kMifareSectors; ++sector) {
+        const auto trailer = static_cast<std::size_t>(trailerOfSector(sector));
+        dump["SectorKeys"][std::to_string(sector)] = sectorKeysOf(image.at(trailer));
+    }
+    return dump;
+}
+
+MifareImage importJsonDump(const nlohmann::json &dump)
+{
+    if (!dump.is_object())
+        rejectDescription("", "must be an object");
+    const nlohmann::json &blocks = requireMember(dump, "", "blocks");
+    if (!blocks.is_object())
+        rejectDescription("/blocks", "must be an object");
+    MifareImage image{};
+    for (std::size_t i = 0; i < image.size(); ++i) {
+        const std::string key = std::to_string(i);
+        const Bytes bytes = requireHex(requireMember(blocks, "/blocks", key), "/blocks/" + key, kMifareBlockBytes);
+        std::copy(bytes.begin(), bytes.end(), image[i].begin());
+    }
+    if (blocks.size() != image.size())
+        rejectDescription("/blocks", "must hold the blocks 0 to 63 and nothing else");
+    if (dump.contains("SectorKeys"))
+        overlaySectorKeys(dump.at("SectorKeys"), image);
+    requireSameUid(dump, image[0]);
+    return image;
+}
+
+} // namespace drivers::cards
