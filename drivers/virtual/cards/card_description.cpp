@@ -23,8 +23,10 @@ std::string memberPlace(const std::string &place, const std::string &key)
     return result.append("/").append(key);
 }
 
-bool isCommonMember(const std::string &key)
+bool isCommonMember(const std::string &place, const std::string &key)
 {
+    if (!place.empty())
+        return false;
     return key == "kind" || key == "title" || key == "$schema";
 }
 
@@ -41,7 +43,7 @@ void requireObject(const nlohmann::json &value, const std::string &place, std::i
         rejectDescription(place, "must be an object");
     for (const auto &[key, ignored] : value.items()) {
         const auto isKey = [&name = key](const char *known) { return name == known; };
-        if (!isCommonMember(key) && std::none_of(allowed.begin(), allowed.end(), isKey))
+        if (!isCommonMember(place, key) && std::none_of(allowed.begin(), allowed.end(), isKey))
             rejectDescription(memberPlace(place, key), "is not known here");
     }
 }

@@ -15,7 +15,7 @@ namespace drivers::cards {
 [[noreturn]] void rejectDescription(const std::string &place, const std::string &reason);
 
 /// Rejects a value that is not an object or has a member of another name than `allowed` ("kind", "title" and
-/// "$schema" may always stand there).
+/// "$schema" may always stand at the top).
 void requireObject(const nlohmann::json &value, const std::string &place, std::initializer_list<const char *> allowed);
 
 /// Rejects a description whose "kind" is not `kind`.

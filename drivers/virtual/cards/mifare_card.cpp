@@ -59,8 +59,7 @@ MifareImage imageOf(const nlohmann::json &description)
 
 } // namespace
 
-MifareCard::MifareCard(const nlohmann::json &description)
-    : m_description(description), m_image(imageOf(description)), m_firstImage(m_image)
+MifareCard::MifareCard(const nlohmann::json &description) : m_description(description), m_image(imageOf(description))
 {
     const std::string type = optionalText(description, "", "type", "A");
     if (type.size() != 1 || type[0] <= ' ' || type[0] > '~')
@@ -73,11 +72,6 @@ nlohmann::json MifareCard::description() const
     nlohmann::json description = m_description;
     description["blocks"] = mifareBlocksToJson(m_image);
     return description;
-}
-
-bool MifareCard::changed() const
-{
-    return m_image != m_firstImage;
 }
 
 std::string MifareCard::uid() const
@@ -133,7 +127,7 @@ MifareResult MifareCard::write(int block, const Block16 &data)
     }
     const MifareResult result = checkData(block, DataRight::write);
     if (result == MifareResult::ok)
-        at(block) = data;
+        put(block, data);
     return settle(result);
 }
 
@@ -162,7 +156,7 @@ MifareResult MifareCard::initValue(int block, std::int32_t value)
     // A value block written over a trailer would destroy the sector's keys.
     const MifareResult result = checkData(block, DataRight::write);
     if (result == MifareResult::ok)
-        at(block) = encodeValueBlock({value, static_cast<std::uint8_t>(block)});
+        put(block, encodeValueBlock({value, static_cast<std::uint8_t>(block)}));
     return settle(result);
 }
 
@@ -191,7 +185,9 @@ MifareResult MifareCard::changeKey(int sector, char keyType, const SectorKey &ke
     if (!mayTrailer(sector, isA ? TrailerRight::writeKeyA : TrailerRight::writeKeyB))
         return settle(MifareResult::accessDenied);
     const auto offset = static_cast<std::ptrdiff_t>(isA ? kKeyAOffset : kKeyBOffset);
-    std::copy(key.begin(), key.end(), at(trailerOfSector(sector)).begin() + offset);
+    Block16 trailer = at(trailerOfSector(sector));
+    std::copy(key.begin(), key.end(), trailer.begin() + offset);
+    put(trailerOfSector(sector), trailer);
     return result;
 }
 
@@ -243,14 +239,22 @@ MifareResult MifareCard::writeTrailer(int sector, const Block16 &data)
     const bool keyB = mayTrailer(sector, TrailerRight::writeKeyB);
     if (!keyA && !access && !keyB)
         return MifareResult::accessDenied;
-    Block16 &trailer = at(trailerOfSector(sector));
+    Block16 trailer = at(trailerOfSector(sector));
     if (keyA)
         copyPart(data, trailer, kKeyAOffset, kAccessOffset);
     if (access)
         copyPart(data, trailer, kAccessOffset, kKeyBOffset);
     if (keyB)
         copyPart(data, trailer, kKeyBOffset, kMifareBlockBytes);
+    put(trailerOfSector(sector), trailer);
     return MifareResult::ok;
+}
+
+void MifareCard::put(int block, const Block16 &data)
+{
+    Block16 &stored = m_image.at(static_cast<std::size_t>(block));
+    m_changed = m_changed || stored != data;
+    stored = data;
 }
 
 MifareResult MifareCard::load(int block, DataRight right)
@@ -284,7 +288,7 @@ MifareResult MifareCard::store(int block)
         return result;
     if (!m_register)
         return MifareResult::notAValueBlock;
-    at(block) = encodeValueBlock(*m_register);
+    put(block, encodeValueBlock(*m_register));
     return result;
 }
 

@@ -35,8 +35,8 @@ public:
     /// What the constructor takes, with the memory as it is now.
     nlohmann::json description() const;
 
-    /// Whether the memory differs from the description given at construction.
-    bool changed() const;
+    /// Whether the memory was changed since construction; changing it back does not undo that.
+    bool changed() const { return m_changed; }
 
     const MifareImage &image() const { return m_image; }
 
@@ -85,12 +85,12 @@ private:
     MifareResult load(int block, DataRight right);
     MifareResult add(int block, std::int32_t amount, DataRight right, int sign);
     MifareResult store(int block);
-    Block16 &at(int block) { return m_image.at(static_cast<std::size_t>(block)); }
+    void put(int block, const Block16 &data);
     const Block16 &at(int block) const { return m_image.at(static_cast<std::size_t>(block)); }
 
     nlohmann::json m_description;
     MifareImage m_image;
-    MifareImage m_firstImage; ///< as described at construction
+    bool m_changed = false;
     char m_type = 'A';
     std::optional<int> m_sector; ///< the authenticated one
     KeyType m_key = KeyType::a;

@@ -74,6 +74,9 @@ void TestMifareCard::descriptionFollowsTheMemory()
     const MifareCard again(card.description());
     QVERIFY(again.image() == card.image());
     QVERIFY(!again.changed());
+    data.fill(0);
+    QCOMPARE(card.write(kBlock, data), MifareResult::ok);
+    QVERIFY(card.changed());
 }
 
 void TestMifareCard::walletWorks()
