@@ -1,5 +1,6 @@
 #include "drivers/virtual/cards/canvas.h"
 
+#include <dlfcn.h>
 #include <pango/pangocairo.h>
 
 #include <memory>
@@ -21,6 +22,14 @@ struct FontRelease {
     void operator()(PangoFontDescription *font) const { pango_font_description_free(font); }
 };
 using Font = std::unique_ptr<PangoFontDescription, FontRelease>;
+
+/// Keeps the text library (and with it all that it needs) in memory until the process ends, when what draws here has
+/// been unloaded. It cannot be unloaded itself: the types it registers stay in GObject, which never goes, and its
+/// helper threads may still be looking for fonts.
+bool keepTextLibrary()
+{
+    return dlopen("libpangocairo-1.0.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) != nullptr;
+}
 
 int pangoUnits(double pixels)
 {
@@ -105,6 +114,9 @@ void Canvas::ellipse(double centerX, double centerY, double radiusX, double radi
 
 void Canvas::text(const std::string &text, const Box &box, const TextStyle &style)
 {
+    static const bool kept = keepTextLibrary();
+    if (!kept)
+        throw std::runtime_error("the text library cannot be kept in memory");
     const Layout layout(pango_cairo_create_layout(m_context));
     const Font font(pango_font_description_from_string("Noto Sans CJK SC, sans-serif"));
     pango_font_description_set_weight(font.get(), style.bold ? PANGO_WEIGHT_BOLD : PANGO_WEIGHT_NORMAL);

@@ -47,6 +47,7 @@ public:
 
     /// Draws plain text (nothing in it is markup) from the top left of the box, broken into lines as needed, and never
     /// outside the box: it is made smaller first, and ends in an ellipsis if even the smallest size is too large.
+    /// Throws std::runtime_error if the text library is not the shared one.
     void text(const std::string &text, const Box &box, const TextStyle &style);
 
     /// Copies another canvas here, its top left corner at x, y.

@@ -2,7 +2,6 @@
 #include "drivers/virtual/cards/picture_file.h"
 #include "id_test_card.h"
 
-#include <dlfcn.h>
 #include <sys/resource.h>
 
 #include <QImage>
@@ -81,7 +80,6 @@ private slots:
     void missingFolderIsAnError();
     void fullDiskKeepsTheOldPicture();
     void wrongPictureIsRefused();
-    void libraryThatDrawsCanBeUnloadedAndLoadedAgain();
 };
 
 void TestIdPictures::writtenPicturesHaveTheirSizes_data()
@@ -278,20 +276,6 @@ void TestIdPictures::wrongPictureIsRefused()
     QVERIFY_EXCEPTION_THROWN(encodeJpeg(Picture{2, 2, std::vector<std::uint8_t>(11)}), std::runtime_error);
     QVERIFY_EXCEPTION_THROWN(encodeJpeg(Picture{70000, 1, std::vector<std::uint8_t>(210000)}), std::runtime_error);
     QVERIFY(encodeJpeg(Picture{2, 2, std::vector<std::uint8_t>(12)}).size() > 100);
-}
-
-/// Whoever opens a driver unloads it again, and font helpers of the text library may still be at work then.
-void TestIdPictures::libraryThatDrawsCanBeUnloadedAndLoadedAgain()
-{
-    for (int round = 0; round < 20; ++round) {
-        void *library = dlopen("libdrawing_plugin.so", RTLD_NOW | RTLD_LOCAL);
-        QVERIFY2(library != nullptr, dlerror());
-        const auto draw = reinterpret_cast<std::size_t (*)()>(dlsym(library, "drawSamples"));
-        QVERIFY(draw != nullptr);
-        QCOMPARE(draw(), std::size_t{404 * 257 * 3});
-        QCOMPARE(dlclose(library), 0);
-        QVERIFY(dlopen("libdrawing_plugin.so", RTLD_NOW | RTLD_NOLOAD) == nullptr);
-    }
 }
 
 QTEST_GUILESS_MAIN(TestIdPictures)
