@@ -74,11 +74,15 @@ private slots:
     void unloadedWithAnOpenDevice();
 
 private:
-    bool mayStopDaemon() const;
+    bool canStopDaemon() const { return m_daemon->isOurs(); }
 
     std::unique_ptr<PcscDaemon> m_daemon;
     std::unique_ptr<DriverApi> m_api;
 };
+
+#define REQUIRE_OWN_DAEMON()                                                                                           \
+    if (!canStopDaemon())                                                                                              \
+    QSKIP("the running pcscd was not started by this test, which therefore may not stop it")
 
 void TestPcscFaults::initTestCase()
 {
@@ -87,22 +91,10 @@ void TestPcscFaults::initTestCase()
     m_api = std::make_unique<DriverApi>("libtarvozent.so");
 }
 
-// Skips the running test if not.
-bool TestPcscFaults::mayStopDaemon() const
-{
-    if (!m_daemon->isOurs())
-        QTest::qSkip("the running pcscd was not started by this test, which therefore may not stop it", __FILE__,
-                     __LINE__);
-    return m_daemon->isOurs();
-}
-
 void TestPcscFaults::init()
 {
     DriverSession session(*m_api, kReader0);
     QTRY_COMPARE(session.status(), int(kCardAbsent));
-    // pcscd takes a slot for empty as soon as it fails to power a card, but sees the next card come only if it has
-    // looked at the empty slot in between, which it does every 400 ms.
-    QTest::qWait(600);
 }
 
 void TestPcscFaults::cardPulledOut()
@@ -242,8 +234,7 @@ void TestPcscFaults::cardResetByAnother()
 
 void TestPcscFaults::daemonStoppedAndRestarted()
 {
-    if (!mayStopDaemon())
-        return;
+    REQUIRE_OWN_DAEMON();
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     QCOMPARE(session.powerOn().code, int(kSuccess));
@@ -276,8 +267,7 @@ void TestPcscFaults::daemonStoppedAndRestarted()
 
 void TestPcscFaults::daemonRestartedUnnoticed()
 {
-    if (!mayStopDaemon())
-        return;
+    REQUIRE_OWN_DAEMON();
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     DriverSession idle(*m_api, kReader0);
@@ -297,9 +287,7 @@ void TestPcscFaults::daemonRestartedUnnoticed()
 
 void TestPcscFaults::daemonStoppedDuringAWait()
 {
-    if (!mayStopDaemon())
-        return;
-    std::unique_ptr<VpcdCard> card;
+    REQUIRE_OWN_DAEMON();
     DriverSession session(*m_api, kReader0);
     Answer answer;
     qint64 elapsed = 0;
@@ -315,14 +303,13 @@ void TestPcscFaults::daemonStoppedDuringAWait()
     QCOMPARE(answer.code, int(kReaderGone));
     QVERIFY2(elapsed >= 450 && elapsed < 8000, qPrintable(QString::number(elapsed)));
     QVERIFY2(m_daemon->start(), qPrintable(m_daemon->problem()));
-    card = insertCard();
+    const auto card = insertCard();
     QCOMPARE(session.powerOn().code, int(kSuccess));
 }
 
 void TestPcscFaults::daemonStoppedDuringACommand()
 {
-    if (!mayStopDaemon())
-        return;
+    REQUIRE_OWN_DAEMON();
     std::atomic<bool> asked{false};
     std::atomic<bool> stopped{false};
     const auto respond = [&](const Bytes &) {
