@@ -74,15 +74,11 @@ private slots:
     void unloadedWithAnOpenDevice();
 
 private:
-    bool canStopDaemon() const { return m_daemon->isOurs(); }
+    bool mayStopDaemon() const;
 
     std::unique_ptr<PcscDaemon> m_daemon;
     std::unique_ptr<DriverApi> m_api;
 };
-
-#define REQUIRE_OWN_DAEMON()                                                                                           \
-    if (!canStopDaemon())                                                                                              \
-    QSKIP("the running pcscd was not started by this test, which therefore may not stop it")
 
 void TestPcscFaults::initTestCase()
 {
@@ -91,10 +87,22 @@ void TestPcscFaults::initTestCase()
     m_api = std::make_unique<DriverApi>("libtarvozent.so");
 }
 
+// Skips the running test if not.
+bool TestPcscFaults::mayStopDaemon() const
+{
+    if (!m_daemon->isOurs())
+        QTest::qSkip("the running pcscd was not started by this test, which therefore may not stop it", __FILE__,
+                     __LINE__);
+    return m_daemon->isOurs();
+}
+
 void TestPcscFaults::init()
 {
     DriverSession session(*m_api, kReader0);
     QTRY_COMPARE(session.status(), int(kCardAbsent));
+    // pcscd takes a slot for empty as soon as it fails to power a card, but sees the next card come only if it has
+    // looked at the empty slot in between, which it does every 400 ms.
+    QTest::qWait(600);
 }
 
 void TestPcscFaults::cardPulledOut()
@@ -234,7 +242,8 @@ void TestPcscFaults::cardResetByAnother()
 
 void TestPcscFaults::daemonStoppedAndRestarted()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     QCOMPARE(session.powerOn().code, int(kSuccess));
@@ -267,7 +276,8 @@ void TestPcscFaults::daemonStoppedAndRestarted()
 
 void TestPcscFaults::daemonRestartedUnnoticed()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     auto card = insertCard();
     DriverSession session(*m_api, kReader0);
     DriverSession idle(*m_api, kReader0);
@@ -287,7 +297,9 @@ void TestPcscFaults::daemonRestartedUnnoticed()
 
 void TestPcscFaults::daemonStoppedDuringAWait()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
+    std::unique_ptr<VpcdCard> card;
     DriverSession session(*m_api, kReader0);
     Answer answer;
     qint64 elapsed = 0;
@@ -303,13 +315,14 @@ void TestPcscFaults::daemonStoppedDuringAWait()
     QCOMPARE(answer.code, int(kReaderGone));
     QVERIFY2(elapsed >= 450 && elapsed < 8000, qPrintable(QString::number(elapsed)));
     QVERIFY2(m_daemon->start(), qPrintable(m_daemon->problem()));
-    const auto card = insertCard();
+    card = insertCard();
     QCOMPARE(session.powerOn().code, int(kSuccess));
 }
 
 void TestPcscFaults::daemonStoppedDuringACommand()
 {
-    REQUIRE_OWN_DAEMON();
+    if (!mayStopDaemon())
+        return;
     std::atomic<bool> asked{false};
     std::atomic<bool> stopped{false};
     const auto respond = [&](const Bytes &) {
