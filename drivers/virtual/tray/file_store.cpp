@@ -52,11 +52,11 @@ void synchroniseFolder(const fs::path &folder)
 /// Removes the new file again unless it took the old one's place.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const fs::path &beside) : m_name(beside.string() + ".new-XXXXXX")
+    // Always the same name, so that what a killed program left behind is used up by the next change.
+    explicit TemporaryFile(const fs::path &beside)
+        : m_name(beside.parent_path() / ('.' + beside.filename().string() + ".new")),
+          m_file(openFile(m_name, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW, 0600))
     {
-        m_file = FileDescriptor(::mkostemp(m_name.data(), O_CLOEXEC));
-        if (!m_file)
-            fail(m_name);
     }
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
@@ -81,7 +81,7 @@ public:
     }
 
 private:
-    std::string m_name;
+    fs::path m_name;
     FileDescriptor m_file;
 };
 

@@ -27,7 +27,8 @@ private:
 };
 
 /// Replaces the file: a new file beside it (mode 0600) is written, synchronised and renamed over it, and the folder
-/// synchronised. Readers see the old text or the new one. Throws std::system_error; the old file is then untouched.
+/// synchronised. Readers see the old text or the new one; writers of the same file have to take turns. Throws
+/// std::system_error; the old file is then untouched.
 void replaceFile(const std::filesystem::path &file, const std::string &text);
 
 /// Removes the file durably; one that does not exist is no error. Throws std::system_error.

@@ -183,7 +183,8 @@ void Tray::saveCard(const FolderLock &, const std::string &id, const json &card)
 {
     const fs::path file = cardFile(id);
     checkCard(card, file.string());
-    withFiles(TrayError::Subject::Card, [&] { replaceFile(file, jsonText(card)); });
+    // A write that fails is no fault of the card.
+    withFiles(TrayError::Subject::Tray, [&] { replaceFile(file, jsonText(card)); });
 }
 
 void Tray::removeCard(const std::string &id)
