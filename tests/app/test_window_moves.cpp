@@ -1,3 +1,4 @@
+#include "pages/idcard/dialog_idc_image_display.h"
 #include "tests/support/bench.h"
 
 #include <QApplication>
@@ -99,6 +100,20 @@ private slots:
         window.move(222, 111);
         QTRY_VERIFY(follow.count > 0);
         QCOMPARE(*follow.last, QPoint(222 + window.width(), 111));
+    }
+
+    void theImageDialogFollows()
+    {
+        MainWindow window;
+        window.show();
+        auto *dialog = window.findChild<Dialog_idc_image_display *>();
+        QVERIFY(dialog != nullptr);
+        QVERIFY(dialog->isVisible());
+        window.move(60, 40);
+        QTRY_COMPARE(dialog->pos(), QPoint(60 + window.width(), 40));
+        mouse(window, QEvent::MouseButtonPress, Qt::LeftButton, QPointF(100, 100));
+        mouse(window, QEvent::MouseMove, Qt::LeftButton, QPointF(130, 120));
+        QTRY_COMPARE(dialog->pos(), QPoint(90 + window.width(), 60));
     }
 };
 

@@ -60,6 +60,14 @@ window_named() {
     xdotool search --onlyvisible --name "^$1\$" | head -n 1
 }
 
+# rests <window>: the window manager has done with placing it.
+rests() {
+    local before
+    before=$(position "$1")
+    sleep 0.3
+    [ "$(position "$1")" = "$before" ]
+}
+
 # position <window>: "x y" of the client area's corner. xdotool counts the frame twice under a window manager.
 position() {
     xwininfo -id "$1" | awk '/Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { print x, $NF }'

@@ -12,14 +12,6 @@ moved_to() {
     [ "$(position "$1")" = "$2 $3" ]
 }
 
-# rests <window>: the window manager has done with placing it.
-rests() {
-    local before
-    before=$(position "$1")
-    sleep 0.3
-    [ "$(position "$1")" = "$before" ]
-}
-
 # follows <dialog> <window>: the dialog stands flush against the window's right edge, tops level.
 follows() {
     local dialog window width
