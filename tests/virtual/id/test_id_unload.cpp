@@ -18,7 +18,7 @@ void TestIdUnload::libraryThatDrawsCanBeUnloadedAndLoadedAgain()
         QVERIFY2(library != nullptr, dlerror());
         const auto draw = reinterpret_cast<std::size_t (*)()>(dlsym(library, "drawSamples"));
         QVERIFY(draw != nullptr);
-        QCOMPARE(draw(), std::size_t{404 * 257 * 3});
+        QCOMPARE(draw(), std::size_t{404} * 257 * 3);
         QCOMPARE(dlclose(library), 0);
         QVERIFY(dlopen("libdrawing_plugin.so", RTLD_NOW | RTLD_NOLOAD) == nullptr);
     }
