@@ -42,7 +42,7 @@ Bytes selectFile(std::uint16_t identifier)
 
 Bytes readRecord(std::uint8_t number, std::uint8_t shortIdentifier)
 {
-    return {0x00, 0xB2, number, static_cast<std::uint8_t>(shortIdentifier << 3U | 0x04U), 0x00};
+    return {0x00, 0xB2, number, static_cast<std::uint8_t>(static_cast<unsigned>(shortIdentifier) << 3U | 0x04U), 0x00};
 }
 
 Bytes commandWithData(std::uint8_t classByte, std::uint8_t instruction, std::uint8_t p1, std::uint8_t p2,

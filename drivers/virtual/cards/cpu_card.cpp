@@ -28,7 +28,7 @@ Reply wrongExpectedLength(std::size_t right)
 struct CpuCard::Parts {
     explicit Parts(const nlohmann::json &text) : description(text), files(revision) {}
 
-    Reply run(const Command &command);
+    Reply run(const Command &command) const;
     Reply getResponse(const Command &command);
     Reply delivered(const Command &command, Reply reply);
 
@@ -84,20 +84,20 @@ unsigned long CpuCard::revision() const
     return m_parts->revision.count();
 }
 
-Bytes CpuCard::transmit(const Bytes &bytes)
+Bytes CpuCard::transmit(const Bytes &command)
 {
-    const auto command = parseCommand(bytes);
-    if (!command)
+    const auto parsed = parseCommand(command);
+    if (!parsed)
         return Reply(sw::kWrongLength).bytes();
-    if (!knownClass(command->cla))
+    if (!knownClass(parsed->cla))
         return Reply(sw::kWrongClass).bytes();
-    if (command->ins == kGetResponse)
-        return m_parts->getResponse(*command).bytes();
+    if (parsed->ins == kGetResponse)
+        return m_parts->getResponse(*parsed).bytes();
     m_parts->waiting.clear();
-    return m_parts->delivered(*command, m_parts->run(*command)).bytes();
+    return m_parts->delivered(*parsed, m_parts->run(*parsed)).bytes();
 }
 
-Reply CpuCard::Parts::run(const Command &command)
+Reply CpuCard::Parts::run(const Command &command) const
 {
     const InstructionMap none;
     const auto &application = files.current().application;

@@ -151,7 +151,7 @@ Reply FileSystem::choose(const Command &command, Directory &directory)
 Reply FileSystem::choose(const Command &command, Directory &directory, const ElementaryFile &file)
 {
     if (&directory != m_current) {
-        const Reply moved = choose(command, directory);
+        Reply moved = choose(command, directory);
         if (moved.status != sw::kOk)
             return moved;
     }

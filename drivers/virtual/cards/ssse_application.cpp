@@ -31,12 +31,12 @@ Bytes paddedText(const JsonNode &node, std::size_t size, std::uint8_t padding)
 
 Bytes itemValue(const JsonNode &node, const Item &item)
 {
+    const std::size_t digits = std::size_t{2} * item.length;
     switch (item.kind) {
     case ItemKind::kHex:
         return node.hex(item.length, item.length);
     case ItemKind::kDigits:
-        return fromHex(item.length == kDateSize ? node.date() : node.digits(item.length * 2U, item.length * 2U))
-            .value();
+        return fromHex(item.length == kDateSize ? node.date() : node.digits(digits, digits)).value();
     case ItemKind::kCardNumber:
         return paddedText(node, item.length, 0xFF);
     case ItemKind::kText:

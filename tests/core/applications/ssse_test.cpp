@@ -13,7 +13,7 @@ using tests::ScriptedChannel;
 namespace {
 
 /// A card that has its application, its files, and these items (by identifier, with status word).
-ScriptedChannel cardWith(std::map<int, std::string> items)
+ScriptedChannel cardWith(const std::map<int, std::string> &items)
 {
     return ScriptedChannel([items](const Bytes &command) {
         if (command[1] == 0xA4)

@@ -6,7 +6,6 @@ using drivers::cards::CpuCard;
 using tests::ask;
 using tests::askWhole;
 using tests::deckCard;
-using tests::hex;
 
 namespace {
 
