@@ -1,6 +1,7 @@
 # unifold_add_driver(<target> KIND <folder> LIBRARY <name> SOURCES <file>...)
 #
-# A driver library: a module that is only ever loaded at run time, built as build/drivers/<folder>/lib<name>.so.
+# A driver library: a module that is only ever loaded at run time, built as build/drivers/<folder>/lib<name>.so. The
+# target `drivers` builds all but those for tests, whose folders are named test-*.
 function(unifold_add_driver target)
     cmake_parse_arguments(ARG "" "KIND;LIBRARY" "SOURCES" ${ARGN})
     add_library(${target} MODULE ${ARG_SOURCES})
@@ -13,6 +14,11 @@ function(unifold_add_driver target)
         OUTPUT_NAME ${ARG_LIBRARY}
         PREFIX lib
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/drivers/${ARG_KIND})
+    if(NOT ARG_KIND MATCHES "^test-")
+        add_dependencies(drivers ${target})
+        # Outside the dynamic loader's default folders: a reader maker's library of the same name must win.
+        install(TARGETS ${target} LIBRARY DESTINATION ${UNIFOLD_LIBDIR}/drivers/${ARG_KIND})
+    endif()
     # Under the sanitizers the run-time symbols come from the executable that loads the driver.
     if(NOT UNIFOLD_SANITIZE)
         target_link_options(${target} PRIVATE -Wl,--no-undefined)

@@ -34,6 +34,14 @@ constexpr std::uint8_t kSlotPsam3 = 0x12;
 constexpr std::uint8_t kSlotPsam4 = 0x13;
 constexpr std::uint8_t kSlotContactless = 0xFF;
 
+// Modes of MsrModeSwitch: the reader types the tracks like a USB keyboard, or the host polls the reader.
+constexpr int kMsrModeKeyboard = 0;
+constexpr int kMsrModeCommand = 1;
+
+// Answers to the status call of a swipe session; any other means that nothing came yet.
+constexpr int kMsrSwiped = 1;
+constexpr int kMsrSwipedNoData = 9;
+
 // Sizes of the output buffers, in bytes, the NUL included.
 constexpr std::size_t kFirmVersionSize = 256;
 constexpr std::size_t kTrackSize = 256;
@@ -81,10 +89,10 @@ using Beep = int(DeviceHandle handle, int onTime, int offTime, int times);
 
 // --- Magnetic stripe -----------------------------------------------------------------------------------------------
 
-/// Mode 1: the host polls the reader; 0: the reader types the tracks like a USB keyboard.
+/// `mode` is kMsrModeCommand or kMsrModeKeyboard.
 using MsrModeSwitch = int(DeviceHandle handle, int mode);
 
-/// Three calls share this shape. Start: begins a swipe session. Status: 1 = swiped and data ready, 9 = swiped but the
+/// Three calls share this shape. Start: begins a swipe session. Status: kMsrSwiped = data ready, kMsrSwipedNoData = the
 /// stripe held no data, anything else = nothing yet. Stop: ends the session.
 using MsrSession = int(DeviceHandle handle);
 

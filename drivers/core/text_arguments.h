@@ -1,0 +1,60 @@
+// Text that crosses the C boundary: into the caller's buffers and out of the caller's pointers.
+#pragma once
+
+#include "drivers/core/bytes.h"
+#include "drivers/core/card_channel.h"
+#include "drivers/core/return_codes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace drivers {
+
+/// Copies `text` and a NUL into `out`, which holds `size` bytes. kBadArgument for a null `out`; kBufferTooSmall leaves
+/// `out` as it was.
+ReturnCode copyText(char *out, std::size_t size, std::string_view text);
+
+/// The bytes of a caller's hexadecimal text of `length` characters; nothing behind them is read. Nothing for a null
+/// pointer, a NUL before `length`, an odd length or another character.
+std::optional<Bytes> hexArgument(const char *text, std::size_t length);
+
+/// vek_icc_apdu over a powered card: hexadecimal text in, hexadecimal text out into `reply` (sdk::kApduReplySize
+/// bytes), its length without the NUL into `replyLength`. On any code but kSuccess both outputs are left as they were.
+ReturnCode exchangeApduText(CardChannel &card, const char *command, std::uint32_t commandLength, char *reply,
+                            std::uint32_t *replyLength);
+
+/// Whether `slot` is one of the slot codes of sdk/contracts.h.
+bool isSlotCode(std::uint8_t slot);
+
+/// The texts that vek_enum_devices hands out and vek_free_list takes back. What was never handed out, or was taken
+/// back already, is ignored. Thread-safe.
+class LentTexts {
+public:
+    /// A copy of `text` that stays valid until it is taken back or the library is unloaded.
+    char *lend(std::string_view text);
+    void takeBack(const char *text);
+
+private:
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<char[]>> m_texts;
+};
+
+/// The form of vek_enum_devices' list: every name followed by "|".
+template <class Names>
+std::string joinNames(const Names &names)
+{
+    std::string list;
+    for (const std::string &name : names) {
+        list += name;
+        list += '|';
+    }
+    return list;
+}
+
+} // namespace drivers

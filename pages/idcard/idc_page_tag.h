@@ -1,0 +1,4 @@
+// The tag of the ID card page's log lines.
+#pragma once
+
+constexpr char kIdcPageTag[] = "二代证";

@@ -1,0 +1,82 @@
+# shellcheck shell=bash
+# A desktop for one test: an X server with a window manager, an empty HOME, and the tools to look at windows. Sourced.
+set -euo pipefail
+
+world=$(mktemp -d)
+pids=()
+end_desktop() {
+    local pid
+    for pid in "${pids[@]}"; do
+        kill "$pid" 2>/dev/null || true
+    done
+    wait 2>/dev/null || true
+    rm -rf "$world"
+}
+trap end_desktop EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+
+start_desktop() {
+    : >"$world/display"
+    Xvfb -displayfd 3 -screen 0 "${1:-1600x1000x24}" -nolisten tcp 3>"$world/display" >/dev/null 2>&1 &
+    pids+=($!)
+    wait_for "an X server" test -s "$world/display"
+    DISPLAY=:$(cat "$world/display")
+    mkdir -p "$world/home" "$world/runtime"
+    chmod 700 "$world/runtime"
+    export DISPLAY HOME=$world/home XDG_RUNTIME_DIR=$world/runtime
+    unset QT_QPA_PLATFORM
+    openbox >/dev/null 2>&1 &
+    pids+=($!)
+    wait_for "a window manager" window_manager_runs
+}
+
+window_manager_runs() {
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
+}
+
+# wait_for <what> <command>... : up to ten seconds.
+wait_for() {
+    local what=$1
+    shift
+    for _ in $(seq 200); do
+        if "$@"; then
+            return
+        fi
+        sleep 0.05
+    done
+    fail "waited in vain for $what${window:+ (window at $(position "$window"))}"
+}
+
+window_shown() {
+    xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1
+}
+
+window_named() {
+    wait_for "the window $1" window_shown "$1"
+    xdotool search --onlyvisible --name "^$1\$" | head -n 1
+}
+
+# rests <window>: the window manager has done with placing it.
+rests() {
+    local before
+    before=$(position "$1")
+    sleep 0.3
+    [ "$(position "$1")" = "$before" ]
+}
+
+# position <window>: "x y" of the client area's corner. xdotool counts the frame twice under a window manager.
+position() {
+    xwininfo -id "$1" | awk '/Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { print x, $NF }'
+}
+
+size() {
+    xwininfo -id "$1" | awk '/^  Width/ { w = $NF } /^  Height/ { print w, $NF }'
+}
+
+screenshot() {
+    import -window root "$screenshots/$1.png"
+}
