@@ -71,4 +71,4 @@ void CryptogramTest::randomBytesDiffer()
 }
 
 QTEST_GUILESS_MAIN(CryptogramTest)
-#include "cryptogram_test.moc"
+#include "test_cryptogram.moc"

@@ -181,4 +181,4 @@ void CardDescriptionTest::answersToReset()
 }
 
 QTEST_GUILESS_MAIN(CardDescriptionTest)
-#include "card_description_test.moc"
+#include "test_card_description.moc"

@@ -88,4 +88,4 @@ void PsamCardTest::modulesDiffer()
 }
 
 QTEST_GUILESS_MAIN(PsamCardTest)
-#include "psam_card_test.moc"
+#include "test_psam_card.moc"

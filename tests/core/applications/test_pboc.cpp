@@ -239,4 +239,4 @@ void PbocTest::survivesHostileCards()
 }
 
 QTEST_GUILESS_MAIN(PbocTest)
-#include "pboc_test.moc"
+#include "test_pboc.moc"

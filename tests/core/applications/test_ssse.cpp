@@ -203,4 +203,4 @@ void SsseTest::survivesNoise()
 }
 
 QTEST_GUILESS_MAIN(SsseTest)
-#include "ssse_test.moc"
+#include "test_ssse.moc"

@@ -93,4 +93,4 @@ void SsseCardTest::isNotOnABankCard()
 }
 
 QTEST_GUILESS_MAIN(SsseCardTest)
-#include "ssse_card_test.moc"
+#include "test_ssse_card.moc"

@@ -124,4 +124,4 @@ void BerTlvTest::survivesNoise()
 }
 
 QTEST_GUILESS_MAIN(BerTlvTest)
-#include "ber_tlv_test.moc"
+#include "test_ber_tlv.moc"

@@ -328,4 +328,4 @@ void FileCardTest::survivesNoise()
 }
 
 QTEST_GUILESS_MAIN(FileCardTest)
-#include "file_card_test.moc"
+#include "test_file_card.moc"

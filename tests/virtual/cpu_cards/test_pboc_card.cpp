@@ -379,4 +379,4 @@ void PbocCardTest::makesArqcFromTheHost()
 }
 
 QTEST_GUILESS_MAIN(PbocCardTest)
-#include "pboc_card_test.moc"
+#include "test_pboc_card.moc"

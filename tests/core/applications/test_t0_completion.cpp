@@ -116,4 +116,4 @@ void T0CompletionTest::passesFailuresOn()
 }
 
 QTEST_GUILESS_MAIN(T0CompletionTest)
-#include "t0_completion_test.moc"
+#include "test_t0_completion.moc"
