@@ -1,0 +1,21 @@
+// What the tools need of cards of any kind.
+#pragma once
+
+#include "drivers/virtual/tray/tray.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace drivers::reader {
+
+/// The card's name for people; empty if it has none.
+std::string cardLabel(const nlohmann::json &card);
+
+/// Checks a card against its schema and against all that a schema cannot say. Throws tray::TrayError naming `file`,
+/// the place and the reason.
+void checkModel(const nlohmann::json &card, const std::string &file);
+
+/// Swipes a card of the deck: records what its stripe holds at this moment. Throws tray::TrayError.
+void swipe(tray::Tray &tray, const std::string &card);
+
+} // namespace drivers::reader

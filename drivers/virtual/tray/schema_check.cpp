@@ -1,0 +1,93 @@
+#include "drivers/virtual/tray/schema_check.h"
+
+#include "drivers/virtual/tray/embedded_files.h"
+
+#include <map>
+#include <memory>
+#include <valijson/adapters/nlohmann_json_adapter.hpp>
+#include <valijson/schema.hpp>
+#include <valijson/schema_parser.hpp>
+#include <valijson/validation_results.hpp>
+#include <valijson/validator.hpp>
+
+namespace drivers::tray {
+
+using nlohmann::json;
+
+namespace {
+
+using Adapter = valijson::adapters::NlohmannJsonAdapter;
+using Schemas = std::map<std::string_view, std::unique_ptr<valijson::Schema>>;
+
+Schemas parseSchemas()
+{
+    Schemas schemas;
+    for (const EmbeddedFile &file : embeddedSchemas()) {
+        const json text = json::parse(file.text);
+        auto schema = std::make_unique<valijson::Schema>();
+        valijson::SchemaParser().populateSchema(Adapter(text), *schema);
+        schemas.emplace(file.name, std::move(schema));
+    }
+    return schemas;
+}
+
+const valijson::Schema *findSchema(std::string_view name)
+{
+    static const Schemas schemas = parseSchemas();
+    const auto found = schemas.find(name);
+    return found == schemas.end() ? nullptr : found->second.get();
+}
+
+std::string placeOf(const valijson::ValidationResults::Error &error)
+{
+    std::string place;
+    for (const std::string &step : error.context)
+        place += step == "<root>" ? "$" : step;
+    return place;
+}
+
+} // namespace
+
+json parseJson(const std::string &text, const std::string &file, TrayError::Subject subject)
+{
+    try {
+        return json::parse(text);
+    } catch (const json::exception &error) {
+        throw TrayError(subject, file + ": " + error.what());
+    }
+}
+
+void checkAgainstSchema(const json &document, std::string_view schema, const std::string &file,
+                        TrayError::Subject subject)
+{
+    const valijson::Schema *const parsed = findSchema(schema);
+    if (parsed == nullptr)
+        throw TrayError(subject, file + ": there is no schema " + std::string(schema));
+    valijson::ValidationResults results;
+    if (valijson::Validator().validate(*parsed, Adapter(document), &results))
+        return;
+    // A fault deep inside is reported for every level above it too; the deepest ones say what is wrong.
+    std::string reasons;
+    std::size_t deepest = 0;
+    for (const valijson::ValidationResults::Error &error : results)
+        deepest = std::max(deepest, error.context.size());
+    for (const valijson::ValidationResults::Error &error : results) {
+        if (error.context.size() == deepest)
+            reasons += (reasons.empty() ? "" : "; ") + placeOf(error) + ": " + error.description;
+    }
+    throw TrayError(subject, file + ": " + reasons);
+}
+
+void checkCard(const json &card, const std::string &file)
+{
+    const auto kind = card.is_object() ? card.find("kind") : card.end();
+    if (kind == card.end() || !kind->is_string())
+        throw TrayError(TrayError::Subject::Card, file + ": $[kind]: the kind of card is missing");
+    const std::string schema = "card-" + kind->get<std::string>() + ".schema.json";
+    if (findSchema(schema) == nullptr)
+        throw TrayError(TrayError::Subject::Card,
+                        file + ": $[kind]: there is no kind of card named " + kind->get<std::string>());
+    checkAgainstSchema(card, schema, file, TrayError::Subject::Card);
+}
+
+} // namespace drivers::tray

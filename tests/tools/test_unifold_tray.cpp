@@ -1,0 +1,271 @@
+// The command line: what it does, prints and exits with.
+#include "drivers/virtual/tray/tray.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fstream>
+
+using drivers::tray::Slot;
+using drivers::tray::Tray;
+
+class TestUnifoldTray : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void helpsAndRefusesWrongUsage();
+    void listsTheDeck();
+    void putsAndTakes();
+    void swipes();
+    void showsAndSets();
+    void addsAndRemoves();
+    void carriesDumps_data();
+    void carriesDumps();
+    void refusesBadDumps();
+    void takesThePower();
+    void resets();
+    void findsTheTrayOfTheEnvironment();
+    void namesWhatIsBroken();
+    void servingNeedsAReader();
+
+private:
+    /// Runs the tool on the test's tray and returns its exit code.
+    int run(const QStringList &arguments, const QByteArray &input = {})
+    {
+        QProcess tool;
+        tool.start(UNIFOLD_TRAY_TOOL, QStringList{"--tray", m_tray} + arguments);
+        tool.write(input);
+        tool.closeWriteChannel();
+        if (!tool.waitForFinished() || tool.exitStatus() != QProcess::NormalExit)
+            return -1;
+        m_output = tool.readAllStandardOutput();
+        m_errors = tool.readAllStandardError();
+        return tool.exitCode();
+    }
+    QJsonObject object() const { return QJsonDocument::fromJson(m_output).object(); }
+    QString cardIn(const char *slot)
+    {
+        return run({"--json", "status"}) == 0 ? object()["slots"].toObject()[slot].toObject()["card"].toString()
+                                              : QString("?");
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_tray;
+    QByteArray m_output;
+    QByteArray m_errors;
+};
+
+void TestUnifoldTray::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_tray = m_folder->filePath("tray");
+}
+
+void TestUnifoldTray::helpsAndRefusesWrongUsage()
+{
+    QCOMPARE(run({"--help"}), 0);
+    for (const char *command : {"status", "list", "put", "take", "swipe", "show", "set", "add", "remove", "import",
+                                "export", "power", "reset", "serve"})
+        QVERIFY2(m_output.contains(QByteArray("  ") + command), command);
+    QCOMPARE(run({"put", "--help"}), 0);
+    QVERIFY(m_output.contains("slot"));
+    QCOMPARE(run({"--version"}), 0);
+    QCOMPARE(run({}), 2);
+    QCOMPARE(run({"juggle"}), 2);
+    QCOMPARE(run({"take"}), 2);
+    QCOMPARE(run({"export", "a", "b", "--format", "odd"}), 2);
+    QVERIFY(!QFile::exists(m_tray));
+}
+
+void TestUnifoldTray::listsTheDeck()
+{
+    QCOMPARE(run({"list"}), 0);
+    const QByteArray table = m_output;
+    QCOMPARE(run({"--json", "list"}), 0);
+    const QJsonArray cards = QJsonDocument::fromJson(m_output).array();
+    QVERIFY(cards.size() >= 8);
+    for (const auto &card : cards) {
+        QVERIFY(table.contains(card.toObject()["id"].toString().toUtf8()));
+        QVERIFY(!card.toObject()["kind"].toString().isEmpty());
+    }
+}
+
+void TestUnifoldTray::putsAndTakes()
+{
+    const QString card = cardIn("contact");
+    QVERIFY(!card.isEmpty());
+    QCOMPARE(run({"take", "contact"}), 0);
+    QCOMPARE(cardIn("contact"), QString());
+    QCOMPARE(run({"take", "contact"}), 1);
+    QVERIFY(m_errors.contains("contact"));
+    QCOMPARE(run({"put", card}), 0);
+    QCOMPARE(cardIn("contact"), card);
+    QCOMPARE(run({"put", card, "psam3"}), 0);
+    QCOMPARE(cardIn("psam3"), card);
+    QCOMPARE(run({"put", card, "stripe"}), 1);
+    QCOMPARE(run({"put", card, "pocket"}), 1);
+    QCOMPARE(run({"put", "no-such-card"}), 1);
+    QVERIFY2(m_errors.contains("no-such-card"), m_errors);
+    QCOMPARE(run({"--json", "put", "no-such-card"}), 1);
+    QVERIFY(object()["error"].toString().contains("no-such-card"));
+}
+
+void TestUnifoldTray::swipes()
+{
+    QCOMPARE(run({"swipe"}), 0);
+    const QString card = cardIn("stripe");
+    QCOMPARE(run({"swipe", card}), 0);
+    QCOMPARE(run({"--json", "status"}), 0);
+    QCOMPARE(object()["swipes"].toInt(), 2);
+    QCOMPARE(run({"swipe", cardIn("contact")}), 1);
+    QCOMPARE(run({"take", "stripe"}), 0);
+    QCOMPARE(run({"swipe"}), 1);
+}
+
+void TestUnifoldTray::showsAndSets()
+{
+    const QString card = cardIn("id");
+    QCOMPARE(run({"set", card, "/fields/name", "李四"}), 0);
+    QCOMPARE(run({"show", card}), 0);
+    QCOMPARE(object()["fields"].toObject()["name"].toString(), QString("李四"));
+    QCOMPARE(run({"set", card, "fields/name", "12"}), 0);
+    QCOMPARE(run({"show", card}), 0);
+    QCOMPARE(object()["fields"].toObject()["name"].toString(), QString("12"));
+    QCOMPARE(run({"set", card, "/fields/nonsense", "x"}), 1);
+    QVERIFY2(m_errors.contains("fields"), m_errors);
+    QCOMPARE(run({"set", card, "/nowhere/name", "x"}), 1);
+    QCOMPARE(run({"set", card, "/letter", "AB"}), 1);
+    QCOMPARE(run({"show", "no-such-card"}), 1);
+}
+
+void TestUnifoldTray::addsAndRemoves()
+{
+    QCOMPARE(run({"show", cardIn("id")}), 0);
+    const QByteArray card = m_output;
+    QCOMPARE(run({"add", "-", "--id", "mine"}, card), 0);
+    QCOMPARE(run({"put", "mine"}), 0);
+    QCOMPARE(cardIn("id"), QString("mine"));
+    QCOMPARE(run({"add", "-", "--id", "mine"}, card), 1);
+    QVERIFY(m_errors.contains("--replace"));
+    QCOMPARE(run({"add", "-", "--id", "mine", "--replace"}, card), 0);
+    QCOMPARE(run({"add", "-", "--id", "../mine"}, card), 1);
+    QCOMPARE(run({"add", "-", "--id", "other"}, "{"), 1);
+    QCOMPARE(run({"add", "-", "--id", "other"}, R"({"kind": "id"})"), 1);
+    QCOMPARE(run({"add", m_folder->filePath("none.json")}), 1);
+    QCOMPARE(run({"remove", "mine"}), 0);
+    QCOMPARE(cardIn("id"), QString());
+    QCOMPARE(run({"remove", "mine"}), 1);
+}
+
+void TestUnifoldTray::carriesDumps_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QStringList>("format");
+    QTest::newRow("raw by ending") << "dump.mfd" << QStringList();
+    QTest::newRow("eml by ending") << "dump.eml" << QStringList();
+    QTest::newRow("json by ending") << "dump.json" << QStringList();
+    QTest::newRow("eml asked for") << "dump" << QStringList{"--format", "eml"};
+}
+
+void TestUnifoldTray::carriesDumps()
+{
+    QFETCH(QString, name);
+    QFETCH(QStringList, format);
+    const QString card = cardIn("antenna");
+    QCOMPARE(run({"set", card, "/blocks/5", "00112233445566778899AABBCCDDEEFF"}), 0);
+    const QString file = m_folder->filePath(name);
+    QCOMPARE(run(QStringList{"export", card, file} + format), 0);
+    QCOMPARE(run(QStringList{"import", "copy", file} + format), 0);
+    QCOMPARE(run({"show", card}), 0);
+    const QJsonArray blocks = object()["blocks"].toArray();
+    QCOMPARE(run({"show", "copy"}), 0);
+    QCOMPARE(object()["blocks"].toArray(), blocks);
+    QCOMPARE(run({"put", "copy"}), 0);
+    QCOMPARE(run(QStringList{"export", "copy", "-"} + format), 0);
+    if (format.isEmpty())
+        QCOMPARE(m_output.size(), 1024);
+    else
+        QCOMPARE(m_output.count('\n'), 64);
+}
+
+void TestUnifoldTray::refusesBadDumps()
+{
+    const QString card = cardIn("antenna");
+    QCOMPARE(run({"show", card}), 0);
+    const QByteArray before = m_output;
+    QCOMPARE(run({"import", card, "-"}, QByteArray(1023, '\0')), 1);
+    QVERIFY2(m_errors.contains("1023"), m_errors);
+    QCOMPARE(run({"import", card, "-", "--format", "eml"}, "zz\n"), 1);
+    QCOMPARE(run({"import", card, "-", "--format", "json"}, "{}"), 1);
+    QCOMPARE(run({"import", cardIn("id"), "-"}, QByteArray(1024, '\0')), 1);
+    QCOMPARE(run({"export", cardIn("id"), "-"}), 1);
+    QCOMPARE(run({"export", card, m_folder->filePath("no/where.mfd")}), 1);
+    QCOMPARE(run({"show", card}), 0);
+    QCOMPARE(m_output, before);
+}
+
+void TestUnifoldTray::takesThePower()
+{
+    Tray tray(m_tray.toStdString());
+    tray.update([](drivers::tray::TrayState &state) { state.serial["VCOM1"].temporary = 115200; });
+    QCOMPARE(run({"power"}), 0);
+    QCOMPARE(run({"--json", "status"}), 0);
+    QCOMPARE(object()["powerCycles"].toInt(), 1);
+    QCOMPARE(object()["serial"].toObject()["VCOM1"].toObject()["inForce"].toInt(), 9600);
+}
+
+void TestUnifoldTray::resets()
+{
+    const QString card = cardIn("id");
+    QCOMPARE(run({"set", card, "/fields/name", "李四"}), 0);
+    QCOMPARE(run({"take", "id"}), 0);
+    QCOMPARE(run({"reset"}), 0);
+    QCOMPARE(cardIn("id"), card);
+    QCOMPARE(run({"show", card}), 0);
+    QVERIFY(object()["fields"].toObject()["name"].toString() != QString("李四"));
+}
+
+void TestUnifoldTray::findsTheTrayOfTheEnvironment()
+{
+    QProcess tool;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("UNIFOLD_TRAY", m_tray);
+    tool.setProcessEnvironment(environment);
+    tool.start(UNIFOLD_TRAY_TOOL, {"status"});
+    QVERIFY(tool.waitForFinished());
+    QCOMPARE(tool.exitCode(), 0);
+    QVERIFY(tool.readAllStandardOutput().contains(m_tray.toUtf8()));
+}
+
+void TestUnifoldTray::namesWhatIsBroken()
+{
+    const QString card = cardIn("id");
+    Tray tray(m_tray.toStdString());
+    std::ofstream(tray.cardFile(card.toStdString()), std::ios::trunc) << "{\n\"kind\" \"id\"";
+    QCOMPARE(run({"show", card}), 1);
+    QVERIFY2(m_errors.contains(card.toUtf8() + ".json") && m_errors.contains("line 2"), m_errors);
+    QCOMPARE(run({"list"}), 0);
+    QVERIFY2(m_output.contains("line 2"), m_output);
+    QCOMPARE(run({"status"}), 0);
+    std::ofstream(tray.folder() / "tray.json", std::ios::trunc) << "[]";
+    QCOMPARE(run({"status"}), 1);
+    QVERIFY2(m_errors.contains("tray.json"), m_errors);
+    QCOMPARE(run({"reset"}), 0);
+    QCOMPARE(run({"status"}), 0);
+}
+
+void TestUnifoldTray::servingNeedsAReader()
+{
+    QCOMPARE(run({"serve", cardIn("id")}), 1);
+    QVERIFY2(m_errors.contains("CPU"), m_errors);
+    QCOMPARE(run({"serve", cardIn("contact"), "--reader", "7"}), 2);
+}
+
+QTEST_GUILESS_MAIN(TestUnifoldTray)
+#include "test_unifold_tray.moc"

@@ -1,0 +1,23 @@
+// What unifold-tray writes and reads besides the tray.
+#pragma once
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace tray_tool {
+
+/// To standard output, indented. Bytes that are not UTF-8 are shown as U+FFFD.
+void printJson(const nlohmann::json &document);
+
+/// Rows in columns of equal width; characters of double width (CJK) count as two. Control characters are shown as "?".
+void printTable(const std::vector<std::vector<std::string>> &rows);
+
+/// A file's content; "-" is standard input. Throws std::runtime_error naming the file.
+std::string readInput(const std::string &file);
+
+/// Writes a file (mode 0600, whole or not at all); "-" is standard output. Throws std::runtime_error.
+void writeOutput(const std::string &file, const std::string &content);
+
+} // namespace tray_tool
