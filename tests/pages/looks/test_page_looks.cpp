@@ -175,18 +175,23 @@ private slots:
         QCOMPARE(log->toPlainText(), "a line");
     }
 
-    void anEnlargedWindowGivesItsRoomToTheLog_data() { addPageRows(); }
+    void anEnlargedWindowGivesItsRoomToTheLogAndTheTextBoxes_data() { addPageRows(); }
 
-    void anEnlargedWindowGivesItsRoomToTheLog()
+    void anEnlargedWindowGivesItsRoomToTheLogAndTheTextBoxes()
     {
         Bench bench;
-        shownPage(bench);
-        auto *log = bench.widget<QTextEdit>("textEdit_log");
-        const QSize before = log->size();
-        bench.window.resize(bench.window.size() + QSize(200, 200));
+        auto *page = shownPage(bench);
+        QList<QTextEdit *> boxes = page->findChildren<QTextEdit *>();
+        boxes << bench.widget<QTextEdit>("textEdit_log");
+        QList<QSize> before;
+        for (const auto *box : boxes)
+            before << box->size();
+        bench.window.resize(bench.window.size() + QSize(200, 400));
         QCoreApplication::processEvents();
-        QVERIFY(log->width() >= before.width() + 200);
-        QVERIFY(log->height() > before.height());
+        for (int i = 0; i < boxes.size(); ++i) {
+            QVERIFY2(boxes.at(i)->width() >= before.at(i).width() + 90, qPrintable(boxes.at(i)->objectName()));
+            QVERIFY2(boxes.at(i)->height() >= before.at(i).height() + 50, qPrintable(boxes.at(i)->objectName()));
+        }
     }
 };
 
