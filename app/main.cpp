@@ -1,5 +1,6 @@
 #include "app/main_window.h"
 #include "app/quit_signals.h"
+#include "app/standard_streams.h"
 
 #include <QApplication>
 #include <QIcon>
@@ -7,6 +8,7 @@
 
 int main(int argc, char *argv[])
 {
+    keepStandardStreams();
     QApplication application(argc, argv);
     QApplication::setOrganizationName("Tarvo");
     QApplication::setOrganizationDomain("tarvo.example");
