@@ -66,6 +66,8 @@ private slots:
         QCOMPARE(bench.shown(2), bench.track(2));
         QCOMPARE(bench.shown(3), bench.track(3));
         QVERIFY(!bench.shown(2).isEmpty() && !bench.shown(3).isEmpty());
+        // Too long for its field: its beginning is in sight.
+        QCOMPARE(bench.widget<QLineEdit>("lineEdit_msr_track_3", bench.form())->cursorPosition(), 0);
     }
 
     void tickedTracksAreShown()
