@@ -208,16 +208,21 @@ private slots:
         QCOMPARE(bench.sign(), notSigned(kTransaction, "0xFFFFFFFB"));
     }
 
-    void cardPulledOutUnderPowerIsTold()
+    void cardPulledOutUnderPowerIsWaitedForAnew()
     {
         PbocBench bench;
+        bench.press("radioButton", bench.form());
         bench.press("pushButton_cpucard_poweron", bench.form());
         QVERIFY(runTrayTool({"take", "contact"}));
         bench.setTimeout("1");
-        // Found gone, the card is waited for like any other.
-        const QStringList log = bench.readInfo("A");
-        QCOMPARE(log.size(), 3);
-        QVERIFY2(!log[2].contains("return[0x0]"), qPrintable(log[2]));
+        QCOMPARE(bench.readInfo("J"), infoRefused("J", "0xFFFFFFFB"));
+        bench.setTimeout("20");
+        QStringList log;
+        {
+            const Meanwhile hand([] { runTrayTool({"put", "contactless-bank-card", "contact"}); });
+            log = bench.readInfo("J");
+        }
+        QCOMPARE(log, info("J", field('J', "00")));
     }
 
     void buttonsWithoutACallLogNothing()
