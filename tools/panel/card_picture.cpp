@@ -133,7 +133,7 @@ void drawCpuCard(QPainter &painter, const json &card)
     drawLine(painter, 20, 26, memberText(card, "title"));
     if (bank == nullptr)
         return;
-    drawLine(painter, 156, 27, grouped(memberText(*bank, "pan")));
+    drawLine(painter, 156, 25, grouped(memberText(*bank, "pan")));
     if (bank->contains("holder"))
         drawLine(painter, 204, 26, memberText(bank->at("holder"), "name"));
 }

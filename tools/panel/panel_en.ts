@@ -78,5 +78,9 @@
         <source>取出(&amp;T)</source>
         <translation>&amp;Take out</translation>
     </message>
+    <message>
+        <source>（无法读取）</source>
+        <translation>(cannot be read)</translation>
+    </message>
 </context>
 </TS>

@@ -135,9 +135,16 @@ void PanelWindow::showView()
 
 void PanelWindow::showMessage()
 {
-    const QString &error = m_watch.view().error;
-    m_message->setText(error.isEmpty() ? m_failure : error);
-    m_message->setVisible(!m_message->text().isEmpty());
+    const TrayView &view = m_watch.view();
+    QStringList lines = {view.error.isEmpty() ? m_failure : view.error};
+    for (const SlotView &content : view.contents) {
+        if (content.broken)
+            lines << content.title;
+    }
+    lines.removeAll(QString());
+    lines.removeDuplicates();
+    m_message->setText(lines.join('\n'));
+    m_message->setVisible(!lines.isEmpty());
 }
 
 } // namespace tray_panel

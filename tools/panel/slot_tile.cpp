@@ -88,7 +88,10 @@ void SlotTile::showContent()
 {
     const SlotView &content = m_watch.view().at(m_slot);
     const bool empty = content.card.empty();
-    m_title->setText(empty ? tr("（空）") : shortened(content.title));
+    if (empty)
+        m_title->setText(tr("（空）"));
+    else
+        m_title->setText(content.broken ? tr("（无法读取）") : shortened(content.title));
     m_card->setText(QString::fromStdString(content.card));
     m_button->setIcon(QIcon(QPixmap::fromImage(empty ? emptySlotPicture(m_slot) : content.picture)));
     m_button->setAccessibleName(m_name);
