@@ -24,7 +24,7 @@ using tray_panel::PanelWindow;
 class TestTrayPanel : public QObject {
     Q_OBJECT
 
-private Q_SLOTS:
+private slots:
     void init();
     void cleanup();
     void showsWhatLiesInEachSlot();

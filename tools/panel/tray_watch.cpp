@@ -79,7 +79,7 @@ void TrayWatch::refresh()
     }
     watchFolders();
     if (isNew)
-        Q_EMIT changed();
+        emit changed();
 }
 
 bool TrayWatch::readTray()
@@ -154,7 +154,7 @@ void TrayWatch::act(const std::function<void(Tray &)> &action)
         failure = plain(error.what());
     }
     refresh();
-    Q_EMIT done(failure);
+    emit done(failure);
 }
 
 std::vector<DeckCard> TrayWatch::fittingCards(Slot slot)

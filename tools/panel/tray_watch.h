@@ -68,7 +68,7 @@ public:
     /// Looks at the files now.
     void refresh();
 
-Q_SIGNALS:
+signals:
     /// view() is another one.
     void changed();
 

@@ -14,7 +14,7 @@ output=$(cd "$2" && pwd)
 
 own_display=
 use_display() {
-    if [ -z "${DISPLAY:-}" ]; then
+    if [ -z "${DISPLAY:-}" ] || ! xwininfo -root >/dev/null 2>&1; then
         own_display=yes
         start_desktop 1920x1080x24
         return
