@@ -96,8 +96,8 @@ load_and_open() {
     click 613 18
     wait_for "the driver" grep -q 'Load symbols done.' "$world/bench.out"
     step open
-    click 128 83
-    click 438 84
+    click 90 82
+    click 410 84
     click 394 140
     shows 'vek_open 打开设备成功！'
 }
