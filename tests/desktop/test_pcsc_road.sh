@@ -31,23 +31,6 @@ card_seen() {
     opensc-tool --reader 'Virtual PCD 00 00' --atr 2>/dev/null | tr -d ': \n' | tr a-f A-F | grep "$atr" >/dev/null
 }
 
-click() {
-    xdotool mousemove --window "$window" "$1" "$2" click 1
-    sleep 0.2
-}
-
-# Everything in the log pane, through the clipboard.
-log_text() {
-    click 400 560
-    xdotool key ctrl+a ctrl+c
-    sleep 0.2
-    xclip -selection clipboard -out 2>/dev/null
-}
-
-log_has() {
-    log_text | grep -F -- "$1" >/dev/null
-}
-
 start_desktop
 # The daemon's socket and the virtual reader's ports exist once on a machine; the other tests take the same lock.
 exec 9>>/tmp/unifold-vpcd.lock
