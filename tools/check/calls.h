@@ -20,9 +20,8 @@ struct Target {
 // What a call is like.
 constexpr unsigned kWrites = 1U;     ///< changes something on a card or in the reader
 constexpr unsigned kWaits = 2U;      ///< waits for a card
-constexpr unsigned kUsesSlot = 4U;   ///< waits in the slot that it is given
-constexpr unsigned kCardStatus = 8U; ///< the result is the card's status
-constexpr unsigned kMsrStatus = 16U; ///< the result is the swipe session's status
+constexpr unsigned kCardStatus = 4U; ///< the result is the card's status
+constexpr unsigned kMsrStatus = 8U;  ///< the result is the swipe session's status
 
 struct Call {
     const char *name;

@@ -65,7 +65,7 @@ int makeCryptogram(const DriverLibrary &driver, const Target &target, Buffers &b
 std::vector<Call> iccCalls()
 {
     return {
-        {"vek_icc_poweron", kWaits | kUsesSlot, {}, powerOn},
+        {"vek_icc_poweron", kWaits, {}, powerOn},
         {"vek_icc_poweroff",
          0,
          {"vek_icc_poweron"},
@@ -85,14 +85,11 @@ std::vector<Call> iccCalls()
          [](const DriverLibrary &driver, const Target &target, Buffers &buffers) {
              return driver.vek_probe_rf(target.handle, buffers.bytes("state", 1), buffers.bytes("card type", 1));
          }},
-        {"vek_pboc_get_card_info", kWaits | kUsesSlot, {}, readCardInfo},
-        // A card counts its cryptograms.
-        {"vek_pboc_get_arqc", kWrites | kWaits | kUsesSlot, {}, makeCryptogram},
-        {"vek_ssse_get_issuer_info",
-         kWaits | kUsesSlot,
-         {},
-         readSocialSecurity<&DriverLibrary::vek_ssse_get_issuer_info>},
-        {"vek_ssse_get_user_info", kWaits | kUsesSlot, {}, readSocialSecurity<&DriverLibrary::vek_ssse_get_user_info>},
+        // A bank card counts the transactions that begin, and both calls begin one.
+        {"vek_pboc_get_card_info", kWrites | kWaits, {}, readCardInfo},
+        {"vek_pboc_get_arqc", kWrites | kWaits, {}, makeCryptogram},
+        {"vek_ssse_get_issuer_info", kWaits, {}, readSocialSecurity<&DriverLibrary::vek_ssse_get_issuer_info>},
+        {"vek_ssse_get_user_info", kWaits, {}, readSocialSecurity<&DriverLibrary::vek_ssse_get_user_info>},
     };
 }
 
