@@ -5,6 +5,8 @@
 #include "tests/support/bad_driver_faults.h"
 
 #include <algorithm>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <thread>
@@ -37,7 +39,7 @@ int unserved(DeviceHandle handle)
 void misbehaveInBeep()
 {
     if (kFault == Fault::Crashes)
-        *reinterpret_cast<volatile char *>(8) = 0; // NOLINT(clang-analyzer-core.FixedAddressDereference)
+        std::raise(SIGSEGV);
     if (kFault == Fault::Hangs)
         hang();
     if (kFault == Fault::Exits)
@@ -85,6 +87,8 @@ int vek_firm_version(DeviceHandle handle, char *version, std::uint32_t *length)
 {
     if (!isOpen(handle))
         return kBadHandle;
+    if (version == nullptr || length == nullptr)
+        return kBadArgument;
     std::strcpy(version, "1.0");
     *length = 3;
     if (kFault == Fault::WritesPastBuffer)
