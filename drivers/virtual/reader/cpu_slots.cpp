@@ -1,6 +1,7 @@
 #include "drivers/virtual/reader/cpu_slots.h"
 
 #include "drivers/core/t0_completion.h"
+#include "drivers/core/text_arguments.h"
 #include "sdk/contracts.h"
 
 namespace drivers::reader {
@@ -32,6 +33,8 @@ private:
 
 std::optional<Slot> CpuSlots::resolve(std::uint8_t slotCode, const TrayState &state) const
 {
+    if (!isSlotCode(slotCode))
+        return std::nullopt;
     if (m_connection.entry().onlySlot)
         return m_connection.entry().onlySlot;
     switch (slotCode) {
