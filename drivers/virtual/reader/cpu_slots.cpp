@@ -1,6 +1,7 @@
 #include "drivers/virtual/reader/cpu_slots.h"
 
 #include "drivers/core/t0_completion.h"
+#include "drivers/core/trace.h"
 #include "sdk/contracts.h"
 
 namespace drivers::reader {
@@ -22,7 +23,8 @@ public:
             m_card.keep(m_held);
             return kSuccess;
         };
-        return completeExchange(once, command, reply);
+        const auto traced = [&once](const Bytes &part, Bytes &answer) { return tracedExchange(once, part, answer); };
+        return completeExchange(traced, command, reply);
     }
 
 private:

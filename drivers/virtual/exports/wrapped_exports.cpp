@@ -1,0 +1,4 @@
+// What libtarvovek.so exports.
+#include "drivers/core/exports.h"
+
+UNIFOLD_DEFINE_EXPORTS(nullptr)
