@@ -38,6 +38,15 @@ void maskCommand(std::string &text)
         star(text, understood ? kHeaderDigits : 0, text.size());
 }
 
+// Where elements are cut off, or there are none, whatever follows something like the tag of a track may be one.
+void maskFromTrackTag(std::string &text, const Bytes &bytes)
+{
+    const auto tag = std::find_if(bytes.begin(), bytes.end(),
+                                  [](std::uint8_t byte) { return byte == 0x56 || byte == 0x57 || byte == 0x9F; });
+    if (tag != bytes.end())
+        star(text, 2 * static_cast<std::size_t>(tag - bytes.begin()) + 2, text.size());
+}
+
 void maskAnswer(std::string &text)
 {
     constexpr std::array<std::uint32_t, 5> kTrackTags = {0x56, 0x57, 0x9F6B, 0x9F1F, 0x9F20};
@@ -46,7 +55,10 @@ void maskAnswer(std::string &text)
         return;
     bytes->resize(bytes->size() - 2); // SW1 SW2
     TlvMap elements;
-    collectPrimitives(*bytes, elements);
+    if (!collectPrimitives(*bytes, elements)) {
+        maskFromTrackTag(text, *bytes);
+        return;
+    }
     for (const std::uint32_t tag : kTrackTags) {
         const auto found = elements.find(tag);
         if (found == elements.end() || found->second.empty())

@@ -70,12 +70,12 @@ private slots:
             << Failures{{"vek_msr_qm_status", sdk::kMsrSwiped}, {"vek_msr_qm_get", -9}}
             << QStringList{"[磁条卡] vek_msr_qm_get return[-9] (assert 0)"};
 
-        row("pushButton_read_idc", "vek_idcr_getinfo", "[身份证] vek_idcr_getinfo return[-9] (assert 0)");
-        row("pushButton_read_sam_id", "vek_idcr_read_samid", "[身份证] vek_idcr_read_uid return[-9] (assert 0)");
-        row("pushButton_read_phsy_id", "vek_idcr_read_uid", "[身份证] vek_idcr_read_uid return[-9] (assert 0)");
-        row("pushButton_read_dn", "vek_idcr_read_dn", "[身份证] vek_idcr_read_dn return[-9] (assert 0)");
-        row("pushButton_read_emid", "vek_idcr_read_emid", "[身份证] vek_idcr_read_emid return[-9] (assert 0)");
-        row("pushButton_command_aa", "vek_idcr_transive", "[身份证] vek_idcr_transive return[-9] (assert 0)");
+        row("pushButton_read_idc", "vek_idcr_getinfo", "[二代证] vek_idcr_getinfo return[-9] (assert 0)");
+        row("pushButton_read_sam_id", "vek_idcr_read_samid", "[二代证] vek_idcr_read_uid return[-9] (assert 0)");
+        row("pushButton_read_phsy_id", "vek_idcr_read_uid", "[二代证] vek_idcr_read_uid return[-9] (assert 0)");
+        row("pushButton_read_dn", "vek_idcr_read_dn", "[二代证] vek_idcr_read_dn return[-9] (assert 0)");
+        row("pushButton_read_emid", "vek_idcr_read_emid", "[二代证] vek_idcr_read_emid return[-9] (assert 0)");
+        row("pushButton_command_aa", "vek_idcr_transive", "[二代证] vek_idcr_transive return[-9] (assert 0)");
 
         row("pushButton_cpucard_status", "vek_icc_status", "[IC卡] vek_icc_status return[0xFFFFFFF7]");
         row("pushButton_cpucard_poweron", "vek_icc_poweron", "[IC卡] vek_icc_poweron return[0xFFFFFFF7] (assert 0)");
@@ -145,7 +145,11 @@ private slots:
         fail({"vek_enum_devices", -9});
         forgetLog();
         m_bench->press("pushButton_enum_select");
-        QCOMPARE(m_bench->log().last(), QString("[主界面] vek_enum_devices 检索到-9个USB设备."));
+        QCOMPARE(m_bench->log().filter("-9"), QStringList{"[主界面] vek_enum_devices 检索到-9个设备."});
+        forgetLog();
+        m_bench->press("pushButton_enum_all");
+        QCOMPARE(m_bench->log().filter("-9"), (QStringList{"[主界面] vek_enum_devices 检索到-9个USB设备.",
+                                                           "[主界面] vek_enum_devices 检索到-9个串口设备."}));
         QCOMPARE(m_bench->widget<QComboBox>("comboBox_select_device")->count(), 0);
     }
 
@@ -199,8 +203,9 @@ private:
     void prepareFields()
     {
         m_bench->widget<QLineEdit>("lineEdit__mifare_block_data_new")->setText(QString(32, '0'));
-        m_bench->widget<QAbstractButton>("checkBox_track2")->setChecked(true);
-        m_bench->widget<QLineEdit>("lineEdit_track2")->setText("12345");
+        m_bench->widget<QAbstractButton>("checkBox_mifare_en_change_password")->setChecked(true);
+        m_bench->widget<QAbstractButton>("checkBox_2")->setChecked(true);
+        m_bench->widget<QLineEdit>("lineEdit_msr_track_2")->setText("12345");
     }
 
     /// Presses a button wherever it is: its page comes to the front.
