@@ -67,8 +67,8 @@ xdotool key Down Return
 sleep 0.2
 click 613 18
 wait_for "the driver" grep -q 'Load library libtarvozent.so success!' "$world/out"
-click 246 81
-click 438 81
+click 215 81
+click 384 81
 wait_for "the reader in the log" log_has '设备1 [Virtual PCD 00 00].'
 click 394 140
 wait_for "the open device" log_has 'vek_open 打开设备成功！'

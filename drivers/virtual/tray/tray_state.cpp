@@ -89,7 +89,7 @@ void TrayState::take(Slot slot)
 
 void TrayState::forget(const std::string &card)
 {
-    for (SlotContent &content : slots) {
+    for (SlotContent &content : contents) {
         if (content.card == card)
             content = {};
     }

@@ -148,7 +148,7 @@ private slots:
         QCOMPARE(m_bench->log().filter("-9"), QStringList{"[主界面] vek_enum_devices 检索到-9个设备."});
         forgetLog();
         m_bench->press("pushButton_enum_all");
-        QCOMPARE(m_bench->log().filter("-9"), (QStringList{"[主界面] vek_enum_devices 检索到-9个USB设备.",
+        QCOMPARE(m_bench->log().filter("-9"), (QStringList{"[主界面] vek_enum_devices 检索到-9个HID设备.",
                                                            "[主界面] vek_enum_devices 检索到-9个串口设备."}));
         QCOMPARE(m_bench->widget<QComboBox>("comboBox_select_device")->count(), 0);
     }
