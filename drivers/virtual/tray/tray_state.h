@@ -1,6 +1,8 @@
 // What lies in the reader and what the reader itself remembers: the contents of tray.json.
 #pragma once
 
+#include "drivers/virtual/tray/fault.h"
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -63,7 +65,7 @@ struct TrayState {
     std::vector<Swipe> swipes; ///< the last ones, oldest first; those made in keyboard mode are not among them
     bool keyboardMode = false;
     std::map<std::string, SerialRate> serial; ///< by device name; a device not named has the factory rate
-    nlohmann::json faults = nlohmann::json::array();
+    std::vector<Fault> faults;
 
     SlotContent &at(Slot slot) { return contents[static_cast<std::size_t>(slot)]; }
     const SlotContent &at(Slot slot) const { return contents[static_cast<std::size_t>(slot)]; }
