@@ -213,13 +213,17 @@ void TestTrayPanel::hasNothingToSwipeWithoutAStripe()
 void TestTrayPanel::showsAndClearsFaults()
 {
     QVERIFY(!find<QPushButton>("pushButton_clear_faults").isEnabled());
-    // The panel shows a fault whatever members it has.
-    const json faults = json::parse(R"([{"call": "vek_open", "code": -5, "after": 2}, {"delayMs": 300}])");
-    m_tray->update([&](TrayState &state) { state.faults = faults; });
+    drivers::tray::Fault refused;
+    refused.call = "vek_beep";
+    refused.value = -5;
+    drivers::tray::Fault unplugged;
+    unplugged.id = 1;
+    unplugged.kind = drivers::tray::FaultKind::Unplugged;
+    m_tray->update([&](TrayState &state) { state.faults = {refused, unplugged}; });
     auto &list = find<QListWidget>("listWidget_faults");
     QTRY_COMPARE(list.count(), 2);
-    QCOMPARE(list.item(0)->text(), QString("after=2 call=vek_open code=-5"));
-    QCOMPARE(list.item(1)->text(), QString("delayMs=300"));
+    QCOMPARE(list.item(0)->text(), QString("vek_beep returns -5"));
+    QCOMPARE(list.item(1)->text(), QString("the reader is unplugged"));
     QTest::mouseClick(&find<QPushButton>("pushButton_clear_faults"), Qt::LeftButton);
     QCOMPARE(list.count(), 0);
     QVERIFY(m_tray->state()->faults.empty());
@@ -265,7 +269,9 @@ void TestTrayPanel::isDrivenByKeyboard()
     QTest::keyClick(&plate, Qt::Key_Delete); // nothing lies there any more
     QCOMPARE(text("label_message"), QString());
 
-    m_tray->update([](TrayState &state) { state.faults = json::parse(R"([{"code": 1}])"); });
+    drivers::tray::Fault unplugged;
+    unplugged.kind = drivers::tray::FaultKind::Unplugged;
+    m_tray->update([&](TrayState &state) { state.faults = {unplugged}; });
     QTRY_VERIFY(find<QPushButton>("pushButton_clear_faults").isEnabled());
     QTest::keyClick(m_window.get(), Qt::Key_C, Qt::AltModifier);
     QTRY_VERIFY(m_tray->state()->faults.empty());

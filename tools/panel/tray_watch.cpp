@@ -23,18 +23,6 @@ QString plain(const std::string &text)
     return QString::fromStdString(text);
 }
 
-/// A fault as one line, "call=vek_open code=-5", whatever members it has.
-QString faultLine(const json &fault)
-{
-    QStringList parts;
-    for (const auto &[name, value] : fault.items()) {
-        const std::string text =
-            value.is_string() ? value.get<std::string>() : value.dump(-1, ' ', false, json::error_handler_t::replace);
-        parts << plain(name) + '=' + plain(text);
-    }
-    return parts.join(' ');
-}
-
 SlotView viewOf(const std::string &id, const json &card)
 {
     SlotView view;
@@ -98,8 +86,8 @@ bool TrayWatch::readTray()
     m_view.swipes = state->swipeCount;
     m_view.keyboardMode = state->keyboardMode;
     m_view.faults.clear();
-    for (const json &fault : state->faults)
-        m_view.faults << faultLine(fault);
+    for (const drivers::tray::Fault &fault : state->faults)
+        m_view.faults << plain(describe(fault));
     return true;
 }
 
@@ -191,7 +179,7 @@ void TrayWatch::swipe()
 
 void TrayWatch::clearFaults()
 {
-    act([](Tray &tray) { tray.update([](TrayState &state) { state.faults = json::array(); }); });
+    act([](Tray &tray) { tray.update([](TrayState &state) { state.faults.clear(); }); });
 }
 
 } // namespace tray_panel
