@@ -22,6 +22,8 @@ public:
             m_isPointer = true;
             m_width = sizeof(*value);
             m_isSigned = std::is_signed_v<std::remove_pointer_t<Type>>;
+        } else if constexpr (std::is_same_v<Type, char>) {
+            m_number = static_cast<unsigned char>(value);
         } else {
             m_number = static_cast<std::int64_t>(value);
         }

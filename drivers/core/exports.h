@@ -33,7 +33,8 @@ template <class Result, class... Arguments>
 Result performCall(const CallShape &shape, Around around, Result (*served)(Arguments...),
                    Arguments... arguments) noexcept
 {
-    if (around == nullptr && !traceIsOn())
+    const bool traced = traceIsOn();
+    if (around == nullptr && !traced)
         return served(arguments...);
     const auto serve = [&]() -> std::int64_t {
         if constexpr (std::is_void_v<Result>) {
@@ -47,7 +48,7 @@ Result performCall(const CallShape &shape, Around around, Result (*served)(Argum
     const std::array<Argument, sizeof...(Arguments)> values = {Argument(arguments)...};
     const Call call = {shape, values.data(), &serve,
                        [](const void *context) { return (*static_cast<const Serve *>(context))(); }};
-    const std::int64_t result = traceIsOn() ? traceCall(call, around) : around(call);
+    const std::int64_t result = traced ? traceCall(call, around) : around(call);
     return static_cast<Result>(result);
 }
 

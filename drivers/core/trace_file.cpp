@@ -26,11 +26,10 @@ TraceFile::TraceFile(const std::string &name) : m_name(name)
     m_descriptor = ::open(name.c_str(), kFlags, 0600); // NOLINT(*-vararg)
     struct stat status = {};
     std::string reason;
-    if (m_descriptor < 0 || ::fstat(m_descriptor, &status) != 0)
-        reason = reasonOf(errno);
-    else if (!S_ISREG(status.st_mode))
+    const bool opened = m_descriptor >= 0 && ::fstat(m_descriptor, &status) == 0;
+    if (opened && !S_ISREG(status.st_mode))
         reason = "is no regular file";
-    else if ((status.st_mode & 0777) != 0600 && ::fchmod(m_descriptor, 0600) != 0)
+    else if (!opened || ((status.st_mode & 0777) != 0600 && ::fchmod(m_descriptor, 0600) != 0))
         reason = reasonOf(errno);
     if (reason.empty())
         return;

@@ -39,16 +39,11 @@ ReturnCode wait(const Call &call, std::int64_t timeMs)
     return result == kTimeout ? kSuccess : result;
 }
 
-/// A tray that cannot be read has no faults; the call itself tells what is wrong.
-std::shared_ptr<tray::Tray> readableTray(const Call &call)
+std::shared_ptr<tray::Tray> trayOf(const Call &call)
 {
     try {
         const auto device = deviceOf(call);
-        // The device may be closed by another thread meanwhile; the tray stays.
-        std::shared_ptr<tray::Tray> found = device != nullptr ? device->connection.sharedTray() : usualTray();
-        if (found != nullptr)
-            found->state();
-        return found;
+        return device != nullptr ? device->connection.sharedTray() : usualTray();
     } catch (...) {
         return nullptr;
     }
@@ -56,7 +51,7 @@ std::shared_ptr<tray::Tray> readableTray(const Call &call)
 
 std::int64_t withFaults(const Call &call)
 {
-    const std::shared_ptr<tray::Tray> tray = readableTray(call);
+    const std::shared_ptr<tray::Tray> tray = trayOf(call);
     if (tray == nullptr)
         return call.proceed();
     return guardedOr<std::int64_t>(call.shape.takesHandle() ? kTransportFailure : 0,

@@ -86,13 +86,23 @@ bool concerns(const Fault &fault, const CallShape &shape)
     return fault.kind == FaultKind::Unplugged ? needsReader(shape) : fault.call == shape.name;
 }
 
+/// A tray that cannot be read has no faults; the call itself tells what is wrong.
+std::shared_ptr<const TrayState> readableState(tray::Tray &tray)
+{
+    try {
+        return tray.state();
+    } catch (const tray::TrayError &) {
+        return nullptr;
+    }
+}
+
 /// Counts the call in all faults that it concerns, and returns those that strike.
 std::vector<Fault> strike(tray::Tray &tray, const CallShape &shape)
 {
     std::vector<Fault> striking;
     const auto concerned = [&shape](const Fault &fault) { return concerns(fault, shape); };
-    const auto state = tray.state();
-    if (std::none_of(state->faults.begin(), state->faults.end(), concerned))
+    const auto state = readableState(tray);
+    if (state == nullptr || std::none_of(state->faults.begin(), state->faults.end(), concerned))
         return striking;
     tray.update([&](TrayState &changed) {
         for (Fault &fault : changed.faults) {

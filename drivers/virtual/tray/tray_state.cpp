@@ -147,7 +147,7 @@ json toJson(const TrayState &state)
             {"powerCycles", state.powerCycles}, {"beeps", state.beeps},
             {"beepMs", state.beepMs},           {"swipeCount", state.swipeCount},
             {"swipes", swipesToJson(state)},    {"serial", serialToJson(state)},
-            {"faults", faultsToJson(state)},           {"keyboardMode", state.keyboardMode}};
+            {"faults", faultsToJson(state)},    {"keyboardMode", state.keyboardMode}};
 }
 
 } // namespace drivers::tray

@@ -1,6 +1,6 @@
 // Every return line of the bench with an error in it: the whole bench over the virtual reader, whose calls fail.
 #include "drivers/virtual/reader/faults.h"
-#include "tests/support/bench.h"
+#include "tests/support/bench_window.h"
 #include "tests/virtual/support/tray_world.h"
 
 #include <QComboBox>
@@ -29,9 +29,8 @@ private slots:
     void init()
     {
         m_world = std::make_unique<TrayWorld>();
-        m_bench = std::make_unique<Bench>();
-        m_bench->window.show();
-        m_bench->press("pushButton_select_driver");
+        m_bench = std::make_unique<BenchWindow>();
+        m_bench->loadLibrary();
         m_bench->press("pushButton_enum_all");
     }
 
@@ -121,7 +120,7 @@ private slots:
         for (const Failure &failure : failures)
             fail(failure);
         prepareFields();
-        forgetLog();
+        m_bench->clearLog();
         for (const QString &button : buttons)
             pressAnywhere(button.toUtf8().constData());
         QCOMPARE(returnLines(), lines);
@@ -134,7 +133,7 @@ private slots:
         for (const char *button : {"pushButton_open_default", "pushButton_open_select"}) {
             drivers::reader::clearFaults(m_world->tray());
             fail({"vek_open", 0});
-            forgetLog();
+            m_bench->clearLog();
             m_bench->press(button);
             QCOMPARE(returnLines(), QStringList{"[主界面] vek_open 打开设备失败！return[0H]"});
         }
@@ -143,10 +142,10 @@ private slots:
     void listingFails()
     {
         fail({"vek_enum_devices", -9});
-        forgetLog();
+        m_bench->clearLog();
         m_bench->press("pushButton_enum_select");
         QCOMPARE(m_bench->log().filter("-9"), QStringList{"[主界面] vek_enum_devices 检索到-9个设备."});
-        forgetLog();
+        m_bench->clearLog();
         m_bench->press("pushButton_enum_all");
         QCOMPARE(m_bench->log().filter("-9"), (QStringList{"[主界面] vek_enum_devices 检索到-9个HID设备.",
                                                            "[主界面] vek_enum_devices 检索到-9个串口设备."}));
@@ -159,7 +158,7 @@ private slots:
         m_bench->press("pushButton_close");
         fail({"vek_close", -9});
         m_bench->widget<QAbstractButton>("pushButton_close")->setEnabled(true);
-        forgetLog();
+        m_bench->clearLog();
         m_bench->press("pushButton_close");
         QCOMPARE(returnLines(), QStringList{"[主界面] vek_close return[-9]."});
     }
@@ -183,7 +182,7 @@ private slots:
         m_bench->press("pushButton_open_default");
         for (const Failure &failure : failures)
             fail(failure);
-        forgetLog();
+        m_bench->clearLog();
         pressAnywhere("pushButton_async_thread_start");
         QTRY_VERIFY2(returnLines().contains(line), qPrintable(m_bench->log().join('\n')));
         pressAnywhere("pushButton_async_thread_stop");
@@ -219,12 +218,10 @@ private:
         m_bench->press(name);
     }
 
-    void forgetLog() { m_bench->widget<QTextEdit>("textEdit_log")->clear(); }
-
     QStringList returnLines() { return m_bench->log().filter("return["); }
 
     std::unique_ptr<TrayWorld> m_world;
-    std::unique_ptr<Bench> m_bench;
+    std::unique_ptr<BenchWindow> m_bench;
 };
 
 QTEST_MAIN(TestBenchFaults)

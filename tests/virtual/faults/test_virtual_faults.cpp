@@ -13,7 +13,6 @@
 using drivers::tray::Fault;
 using drivers::tray::FaultKind;
 using drivers::tray::Slot;
-using drivers::tray::TrayState;
 using virtual_test::DriverLibrary;
 using virtual_test::OpenDevice;
 using virtual_test::TrayWorld;
