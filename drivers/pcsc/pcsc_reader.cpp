@@ -121,6 +121,18 @@ ReturnCode PcscReader::powerOff()
     return hasCard(state) ? returnCodeOf(disconnected) : kNoCard;
 }
 
+ReturnCode PcscReader::runApplication(milliseconds timeout, const std::function<ReturnCode(CardChannel &)> &job)
+{
+    if (status() == kCardPowered)
+        return withCard(job);
+    Bytes atr;
+    if (const ReturnCode result = powerOn(timeout, atr); result != kSuccess)
+        return result;
+    const ReturnCode result = withCard(job);
+    powerOff();
+    return result;
+}
+
 int PcscReader::status()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -57,6 +58,10 @@ public:
         Card card(*this);
         return std::forward<Call>(call)(static_cast<CardChannel &>(card));
     }
+
+    /// Runs `job` on the card: on the powered one as it stands, else the card is waited for, powered on for the job and
+    /// off after it. The code of that or of the job.
+    ReturnCode runApplication(std::chrono::milliseconds timeout, const std::function<ReturnCode(CardChannel &)> &job);
 
     /// Ends a call that waits in another thread, powers the card off and leaves the daemon. Every later call is
     /// refused with kBadHandle.
