@@ -1,6 +1,7 @@
 // An opened PC/SC reader: what one handle of the driver stands for.
 #pragma once
 
+#include "drivers/core/applications/mifare.h"
 #include "drivers/pcsc/pcsc_channel.h"
 
 #include <atomic>
@@ -63,6 +64,16 @@ public:
     /// off after it. The code of that or of the job.
     ReturnCode runApplication(std::chrono::milliseconds timeout, const std::function<ReturnCode(CardChannel &)> &job);
 
+    /// Waits for a Mifare Classic card and powers it on, again if it is powered already. kTimeout if no such card came.
+    ReturnCode requestMifare(std::chrono::milliseconds timeout);
+
+    /// withCard() with what is known of the reader's Mifare card: `call(session, card)`.
+    template <class Call>
+    ReturnCode withMifare(Call &&call)
+    {
+        return withCard([&](CardChannel &card) { return std::forward<Call>(call)(m_mifare, card); });
+    }
+
     /// Ends a call that waits in another thread, powers the card off and leaves the daemon. Every later call is
     /// refused with kBadHandle.
     void close();
@@ -88,6 +99,7 @@ private:
     std::atomic<bool> m_closed{false};
     PcscContext m_context;
     PcscChannel m_channel;
+    MifareSession m_mifare;
     bool m_probeFoundCard = false;
     DWORD m_probeEvents = 0;
 };
