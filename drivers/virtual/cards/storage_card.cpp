@@ -79,7 +79,8 @@ Reply authenticate(MifareCard &card, const std::map<std::uint8_t, SectorKey> &ke
 
 Reply read(MifareCard &card, const Command &command)
 {
-    if (command.expected != kMifareBlockBytes && command.expected != 256)
+    const std::size_t expected = command.expected.value_or(0);
+    if (expected != kMifareBlockBytes && expected != 256)
         return static_cast<std::uint16_t>(sw::kExpectLength | kMifareBlockBytes);
     Block16 block{};
     const MifareResult result = card.read(command.p1p2(), block);
@@ -165,34 +166,34 @@ Bytes StorageCard::atr()
             0x03, 0x06, 0x03, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00, 0x6A};
 }
 
-Bytes StorageCard::transmit(const Bytes &bytes)
+Bytes StorageCard::transmit(const Bytes &command)
 {
-    const std::optional<Command> command = parseCommand(bytes);
-    if (!command)
+    const std::optional<Command> parsed = parseCommand(command);
+    if (!parsed)
         return Reply(sw::kWrongLength).bytes();
-    if (command->cla != kClass)
+    if (parsed->cla != kClass)
         return Reply(sw::kWrongClass).bytes();
     const auto run = [&]() -> Reply {
-        switch (command->ins) {
+        switch (parsed->ins) {
         case 0x82:
-            return loadKey(m_keys, *command);
+            return loadKey(m_keys, *parsed);
         case 0x86:
-            return authenticate(m_card, m_keys, *command);
+            return authenticate(m_card, m_keys, *parsed);
         case 0xB0:
-            return read(m_card, *command);
+            return read(m_card, *parsed);
         case 0xB1:
-            return readValue(m_card, *command);
+            return readValue(m_card, *parsed);
         case 0xC2:
-            return amendment(m_card, *command);
+            return amendment(m_card, *parsed);
         case 0xCA:
-            return uid(m_card, *command);
+            return uid(m_card, *parsed);
         case 0xD4:
         case 0xD8:
-            return addToBlock(m_card, *command);
+            return addToBlock(m_card, *parsed);
         case 0xD6:
-            return write(m_card, *command);
+            return write(m_card, *parsed);
         case 0xD7:
-            return valueOperation(m_card, *command);
+            return valueOperation(m_card, *parsed);
         default:
             return sw::kWrongInstruction;
         }
