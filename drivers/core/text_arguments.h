@@ -5,8 +5,10 @@
 #include "drivers/core/card_channel.h"
 #include "drivers/core/return_codes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -23,6 +25,22 @@ ReturnCode copyText(char *out, std::size_t size, std::string_view text);
 /// The bytes of a caller's hexadecimal text of `length` characters; nothing behind them is read. Nothing for a null
 /// pointer, a NUL before `length`, an odd length or another character.
 std::optional<Bytes> hexArgument(const char *text, std::size_t length);
+
+/// The bytes of a caller's hexadecimal text that has exactly the digits of `Array`, a std::array of bytes; otherwise
+/// nothing.
+template <class Array>
+std::optional<Array> exactHexArgument(const char *text)
+{
+    constexpr std::size_t kDigits = 2 * std::tuple_size_v<Array>;
+    if (text == nullptr || strnlen(text, kDigits + 1) != kDigits)
+        return std::nullopt;
+    const std::optional<Bytes> bytes = hexArgument(text, kDigits);
+    if (!bytes)
+        return std::nullopt;
+    Array out{};
+    std::copy(bytes->begin(), bytes->end(), out.begin());
+    return out;
+}
 
 /// vek_icc_apdu over a powered card: hexadecimal text in, hexadecimal text out into `reply` (sdk::kApduReplySize
 /// bytes), its length without the NUL into `replyLength`. On any code but kSuccess both outputs are left as they were.

@@ -2,6 +2,7 @@
 #include "drivers/core/abi.h"
 #include "drivers/core/boundary.h"
 #include "drivers/core/text_arguments.h"
+#include "drivers/core/wait_time.h"
 #include "drivers/pcsc/open_readers.h"
 
 using namespace drivers;
@@ -26,7 +27,7 @@ int vek_icc_poweron(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t t
         if (atr == nullptr || length == nullptr)
             return kBadArgument;
         Bytes bytes;
-        ReturnCode result = reader.powerOn(std::chrono::milliseconds(timeoutMs), bytes);
+        ReturnCode result = reader.powerOn(waitTime(timeoutMs), bytes);
         if (result == kSuccess)
             result = copyText(atr, sdk::kAtrSize, toHex(bytes));
         if (result == kSuccess)

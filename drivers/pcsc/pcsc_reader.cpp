@@ -78,13 +78,17 @@ ReturnCode PcscReader::Card::transmit(const Bytes &command, Bytes &reply)
     return ready == kSuccess ? m_reader.m_channel.transmit(command, reply) : ready;
 }
 
-PcscReader::PcscReader(std::string name) : m_name(std::move(name)), m_channel(m_context, m_name) {}
+PcscReader::PcscReader(std::string name)
+    : m_name(std::move(name)), m_channel(m_context, m_name), m_mifare(valueOperationsOf(m_name))
+{
+}
 
 ReturnCode PcscReader::powerOn(milliseconds timeout, Bytes &atr)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const Clock::time_point deadline = Clock::now() + timeout;
     m_channel.disconnect(SCARD_UNPOWER_CARD);
+    m_mifare.forget();
     std::optional<Clock::time_point> silentUntil;
     for (;;) {
         const ReturnCode waited = waitForCard(deadline);
@@ -119,6 +123,34 @@ ReturnCode PcscReader::powerOff()
         return result;
     const LONG disconnected = m_channel.disconnect(SCARD_UNPOWER_CARD);
     return hasCard(state) ? returnCodeOf(disconnected) : kNoCard;
+}
+
+ReturnCode PcscReader::requestMifare(milliseconds timeout)
+{
+    const Clock::time_point deadline = Clock::now() + timeout;
+    for (;;) {
+        Bytes atr;
+        const ReturnCode result = powerOn(remaining(deadline), atr);
+        if (result != kSuccess || isMifareClassic(atr))
+            return result;
+        // Another card lies there. Only its power-on tells what it is.
+        powerOff();
+        if (Clock::now() >= deadline)
+            return kTimeout;
+        std::this_thread::sleep_for(std::min(remaining(deadline), kWaitSlice));
+    }
+}
+
+ReturnCode PcscReader::runApplication(milliseconds timeout, const std::function<ReturnCode(CardChannel &)> &job)
+{
+    if (status() == kCardPowered)
+        return withCard(job);
+    Bytes atr;
+    if (const ReturnCode result = powerOn(timeout, atr); result != kSuccess)
+        return result;
+    const ReturnCode result = withCard(job);
+    powerOff();
+    return result;
 }
 
 int PcscReader::status()

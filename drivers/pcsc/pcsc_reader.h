@@ -1,11 +1,13 @@
 // An opened PC/SC reader: what one handle of the driver stands for.
 #pragma once
 
+#include "drivers/core/applications/mifare.h"
 #include "drivers/pcsc/pcsc_channel.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -58,6 +60,20 @@ public:
         return std::forward<Call>(call)(static_cast<CardChannel &>(card));
     }
 
+    /// Runs `job` on the card: on the powered one as it stands, else the card is waited for, powered on for the job and
+    /// off after it. The code of that or of the job.
+    ReturnCode runApplication(std::chrono::milliseconds timeout, const std::function<ReturnCode(CardChannel &)> &job);
+
+    /// Waits for a Mifare Classic card and powers it on, again if it is powered already. kTimeout if no such card came.
+    ReturnCode requestMifare(std::chrono::milliseconds timeout);
+
+    /// withCard() with what is known of the reader's Mifare card: `call(session, card)`.
+    template <class Call>
+    ReturnCode withMifare(Call &&call)
+    {
+        return withCard([&](CardChannel &card) { return std::forward<Call>(call)(m_mifare, card); });
+    }
+
     /// Ends a call that waits in another thread, powers the card off and leaves the daemon. Every later call is
     /// refused with kBadHandle.
     void close();
@@ -83,6 +99,7 @@ private:
     std::atomic<bool> m_closed{false};
     PcscContext m_context;
     PcscChannel m_channel;
+    MifareSession m_mifare;
     bool m_probeFoundCard = false;
     DWORD m_probeEvents = 0;
 };

@@ -1,6 +1,7 @@
 // What every driver's C boundary is made of: handles, texts, exceptions.
 #include "drivers/core/boundary.h"
 #include "drivers/core/text_arguments.h"
+#include "drivers/core/wait_time.h"
 
 #include <QtTest>
 
@@ -77,6 +78,7 @@ private slots:
     void apduTextRefusesBadArguments();
     void apduTextPassesTheCardsFailure();
     void slotCodes();
+    void negativeTimeoutsAreNoWait();
     void lentTextsAreTakenBackOnce();
 };
 
@@ -243,6 +245,16 @@ void TestDriverCore::slotCodes()
     const std::set<int> known = {0x00, 0x02, 0x10, 0x11, 0x12, 0x13, 0xFF};
     for (int slot = 0; slot < 256; ++slot)
         QCOMPARE(isSlotCode(static_cast<std::uint8_t>(slot)), known.count(slot) == 1);
+}
+
+void TestDriverCore::negativeTimeoutsAreNoWait()
+{
+    QCOMPARE(waitTime(5000U).count(), 5000);
+    QCOMPARE(waitTime(0).count(), 0);
+    QCOMPARE(waitTime(-1).count(), 0);
+    QCOMPARE(waitTime(4294966296U).count(), 0);
+    QCOMPARE(waitTime(2147483647U).count(), 2147483647);
+    QCOMPARE(waitTime(std::uint16_t{65535}).count(), 65535);
 }
 
 void TestDriverCore::lentTextsAreTakenBackOnce()

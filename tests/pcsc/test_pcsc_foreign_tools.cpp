@@ -1,5 +1,6 @@
 // Programs that nobody here wrote see the same card as the driver: its answer to reset and its replies.
 #include "tests/pcsc/driver_session.h"
+#include "tests/pcsc/foreign_tools.h"
 #include "tests/pcsc/pcsc_daemon.h"
 #include "tests/support/vpcd_card.h"
 
@@ -9,52 +10,6 @@
 
 using namespace testsupport;
 using namespace drivers;
-
-namespace {
-
-// What a program prints on both its outputs, given `input`.
-QByteArray outputOf(const QString &program, const QStringList &arguments, const QByteArray &input = {})
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(30000))
-        return "did not finish: " + process.errorString().toUtf8();
-    return process.readAll();
-}
-
-// Hexadecimal digits alone.
-QByteArray digits(QByteArray text)
-{
-    text = text.toUpper();
-    QByteArray kept;
-    for (const char c : text) {
-        if (isxdigit(static_cast<unsigned char>(c)) != 0)
-            kept += c;
-    }
-    return kept;
-}
-
-// The replies that scriptor prints, each as "< 90 00 : Normal processing.", with long ones folded.
-QList<QByteArray> scriptorReplies(const QByteArray &output)
-{
-    QList<QByteArray> replies;
-    bool inReply = false;
-    for (const QByteArray &line : output.split('\n')) {
-        if (line.startsWith("< "))
-            replies << QByteArray();
-        else if (!inReply)
-            continue;
-        const int colon = line.indexOf(" : ");
-        replies.last() += digits(colon < 0 ? line : line.left(colon));
-        inReply = colon < 0;
-    }
-    return replies;
-}
-
-} // namespace
 
 class TestPcscForeignTools : public QObject {
     Q_OBJECT

@@ -9,7 +9,7 @@
 
 namespace tray_tool {
 
-using drivers::cards::MifareImage;
+using drivers::MifareImage;
 using drivers::tray::Tray;
 using drivers::tray::TrayError;
 using nlohmann::json;

@@ -1,4 +1,5 @@
 #include "drivers/virtual/cards/cpu_card.h"
+#include "drivers/virtual/cards/storage_card.h"
 #include "drivers/virtual/reader/held_card.h"
 #include "tools/tray/command.h"
 #include "tools/tray/vpcd_link.h"
@@ -21,9 +22,11 @@ constexpr std::uint8_t kPowerOn = 0x01;
 constexpr std::uint8_t kReset = 0x02;
 constexpr std::uint8_t kGetAtr = 0x04;
 
-using ServedCard = drivers::reader::HeldCard<drivers::cards::CpuCard>;
+template <class Model>
+using ServedCard = drivers::reader::HeldCard<Model>;
 
-Bytes exchange(const Tray &tray, ServedCard &card, const Bytes &command)
+template <class Model>
+Bytes exchange(const Tray &tray, ServedCard<Model> &card, const Bytes &command)
 {
     const drivers::tray::FolderLock held = tray.lock();
     if (card.refresh())
@@ -33,7 +36,8 @@ Bytes exchange(const Tray &tray, ServedCard &card, const Bytes &command)
     return reply;
 }
 
-void control(ServedCard &card, VpcdLink &link, std::uint8_t code)
+template <class Model>
+void control(ServedCard<Model> &card, VpcdLink &link, std::uint8_t code)
 {
     card.refresh();
     if (code == kPowerOff || code == kPowerOn || code == kReset)
@@ -42,12 +46,10 @@ void control(ServedCard &card, VpcdLink &link, std::uint8_t code)
         link.send(card.model().atr());
 }
 
-void serve(const Options &options, const std::string &id, int slot)
+template <class Model>
+void serveModel(Tray &tray, const std::string &id, int slot)
 {
-    Tray tray = openTray(options);
-    if (tray.card(id).at("kind") != "cpu")
-        throw std::runtime_error("card " + id + " is no CPU card");
-    ServedCard card(tray, id);
+    ServedCard<Model> card(tray, id);
     card.refresh();
     VpcdLink link(static_cast<std::uint16_t>(kFirstPort + slot));
     std::cout << "serving " << id << " at 127.0.0.1:" << kFirstPort + slot << ", end with Ctrl-C" << std::endl;
@@ -60,6 +62,18 @@ void serve(const Options &options, const std::string &id, int slot)
     throw std::runtime_error("pcscd closed the connection");
 }
 
+void serve(const Options &options, const std::string &id, int slot)
+{
+    Tray tray = openTray(options);
+    const std::string kind = tray.card(id).at("kind");
+    if (kind == "cpu")
+        serveModel<drivers::cards::CpuCard>(tray, id, slot);
+    else if (kind == "mifare")
+        serveModel<drivers::cards::StorageCard>(tray, id, slot);
+    else
+        throw std::runtime_error("card " + id + " is neither a CPU card nor a Mifare card");
+}
+
 } // namespace
 
 void addServeCommand(CLI::App &app, const Options &options)
@@ -70,7 +84,8 @@ void addServeCommand(CLI::App &app, const Options &options)
     };
     const auto arguments = std::make_shared<Arguments>();
     CLI::App *const command = app.add_subcommand(
-        "serve", "Lend a CPU card to pcscd's virtual reader (vsmartcard-vpcd) on this machine, until interrupted");
+        "serve",
+        "Lend a CPU or Mifare card to pcscd's virtual reader (vsmartcard-vpcd) on this machine, until interrupted");
     command->add_option("card", arguments->card, "The card's id")->required();
     command->add_option("--reader", arguments->slot, "0: Virtual PCD 00 00, 1: Virtual PCD 00 01")
         ->check(CLI::Range(0, 1));

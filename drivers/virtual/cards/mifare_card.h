@@ -1,8 +1,8 @@
 // A Mifare Classic 1K card with its state: memory, the authenticated sector, the value register.
 #pragma once
 
-#include "drivers/virtual/cards/mifare_access.h"
-#include "drivers/virtual/cards/mifare_value.h"
+#include "drivers/core/mifare/mifare_access.h"
+#include "drivers/core/mifare/mifare_value.h"
 
 #include <nlohmann/json.hpp>
 

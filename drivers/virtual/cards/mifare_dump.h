@@ -2,7 +2,7 @@
 // the 64 blocks; an import throws std::runtime_error that names the byte count, line or JSON place at fault.
 #pragma once
 
-#include "drivers/virtual/cards/mifare_layout.h"
+#include "drivers/core/mifare/mifare_layout.h"
 
 #include <nlohmann/json.hpp>
 

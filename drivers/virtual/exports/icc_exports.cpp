@@ -1,38 +1,20 @@
 // The calls of CPU cards: power, APDUs, and the card applications on top of them.
 #include "drivers/core/abi.h"
-#include "drivers/core/applications/pboc.h"
-#include "drivers/core/applications/ssse.h"
+#include "drivers/core/applications/application_calls.h"
 #include "drivers/virtual/exports/library.h"
 
 using namespace drivers;
-using exports::milliseconds;
 using exports::serve;
 
 namespace {
 
-using ReadRecord = ReturnCode (*)(CardChannel &, std::string &);
-
-int readSocialSecurity(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t timeoutMs, char *record,
-                       ReadRecord read)
+// Runs `call(run)`, `run` being the way to the device's card in that slot.
+template <class Call>
+int onCard(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t timeoutMs, const Call &call)
 {
     return serve(handle, [&](reader::Device &device) {
-        if (record == nullptr)
-            return kBadArgument;
-        return device.cpu.runApplication(slot, milliseconds(timeoutMs), [&](CardChannel &card) {
-            std::string text;
-            const ReturnCode result = read(card, text);
-            return result == kSuccess ? copyText(record, sdk::kSsseRecordSize, text) : result;
-        });
+        return call([&](const CardJob &job) { return device.cpu.runApplication(slot, waitTime(timeoutMs), job); });
     });
-}
-
-/// The end of both PBOC calls.
-ReturnCode giveResult(const std::string &text, char *result, std::uint16_t *length)
-{
-    const ReturnCode copied = copyText(result, sdk::kPbocResultSize, text);
-    if (copied == kSuccess)
-        *length = static_cast<std::uint16_t>(text.size());
-    return copied;
 }
 
 } // namespace
@@ -49,7 +31,7 @@ int vek_icc_poweron(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t t
         if (atr == nullptr || length == nullptr)
             return kBadArgument;
         Bytes bytes;
-        const ReturnCode result = device.cpu.powerOn(slot, milliseconds(timeoutMs), bytes);
+        const ReturnCode result = device.cpu.powerOn(slot, waitTime(timeoutMs), bytes);
         if (result != kSuccess)
             return result;
         *length = static_cast<std::uint32_t>(bytes.size() * 2);
@@ -83,41 +65,25 @@ int vek_pboc_get_card_info(sdk::DeviceHandle handle, std::uint8_t slot, std::uin
                            const char *tags, std::uint8_t *interfaceUsed, char *result, std::uint16_t *length,
                            std::uint8_t)
 {
-    return serve(handle, [&](reader::Device &device) {
-        if (aid == nullptr || tags == nullptr || interfaceUsed == nullptr || result == nullptr || length == nullptr)
-            return kBadArgument;
-        return device.cpu.runApplication(slot, milliseconds(timeoutMs), [&](CardChannel &card) {
-            std::string text;
-            const ReturnCode read = readCardInfo(card, aid, tags, text);
-            return read == kSuccess ? giveResult(text, result, length) : read;
-        });
-    });
+    return onCard(handle, slot, timeoutMs,
+                  [&](const RunOnCard &run) { return callCardInfo(run, aid, tags, interfaceUsed, result, length); });
 }
 
 int vek_pboc_get_arqc(sdk::DeviceHandle handle, std::uint8_t slot, std::uint16_t timeoutMs, const char *aid, int,
                       const char *transactionData, int transactionDataLength, char *result, std::uint16_t *length,
                       std::uint8_t)
 {
-    return serve(handle, [&](reader::Device &device) {
-        if (aid == nullptr || transactionData == nullptr || transactionDataLength < 0 || result == nullptr ||
-            length == nullptr)
-            return kBadArgument;
-        const std::string data(transactionData,
-                               strnlen(transactionData, static_cast<std::size_t>(transactionDataLength)));
-        return device.cpu.runApplication(slot, milliseconds(timeoutMs), [&](CardChannel &card) {
-            std::string text;
-            const ReturnCode made = makeArqc(card, aid, data, text);
-            return made == kSuccess ? giveResult(text, result, length) : made;
-        });
+    return onCard(handle, slot, timeoutMs, [&](const RunOnCard &run) {
+        return callArqc(run, aid, transactionData, transactionDataLength, result, length);
     });
 }
 
 int vek_ssse_get_issuer_info(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t timeoutMs, char *record, int)
 {
-    return readSocialSecurity(handle, slot, timeoutMs, record, readIssuerInfo);
+    return onCard(handle, slot, timeoutMs, [&](const RunOnCard &run) { return callIssuerInfo(run, record); });
 }
 
 int vek_ssse_get_user_info(sdk::DeviceHandle handle, std::uint8_t slot, std::uint32_t timeoutMs, char *record, int)
 {
-    return readSocialSecurity(handle, slot, timeoutMs, record, readHolderInfo);
+    return onCard(handle, slot, timeoutMs, [&](const RunOnCard &run) { return callHolderInfo(run, record); });
 }

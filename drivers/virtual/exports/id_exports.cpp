@@ -8,7 +8,6 @@
 using namespace drivers;
 using cards::IdCard;
 using exports::library;
-using exports::milliseconds;
 using exports::serve;
 
 namespace {
@@ -21,7 +20,7 @@ int readText(sdk::DeviceHandle handle, std::uint32_t timeoutMs, char *text, std:
         if (text == nullptr)
             return kBadArgument;
         std::shared_ptr<const IdCard> card;
-        if (const ReturnCode result = device.id.find(milliseconds(timeoutMs), card); result != kSuccess)
+        if (const ReturnCode result = device.id.find(waitTime(timeoutMs), card); result != kSuccess)
             return result;
         const std::string &found = (*card.*member)();
         return found.empty() ? kCardError : copyText(text, size, found);
@@ -44,7 +43,7 @@ int vek_idcr_getinfo(sdk::DeviceHandle handle, std::uint32_t flags, std::uint32_
         if (info == nullptr || extra == nullptr || !reader::canWritePictures(flags, paths))
             return kBadArgument;
         std::shared_ptr<const IdCard> card;
-        ReturnCode result = device.id.read(flags, milliseconds(timeoutMs), card);
+        ReturnCode result = device.id.read(flags, waitTime(timeoutMs), card);
         if (result == kSuccess)
             result = reader::writePictures(*card, flags, paths);
         if (result == kSuccess)
@@ -84,7 +83,7 @@ int vek_idcr_transive(sdk::DeviceHandle handle, std::uint32_t timeoutMs, std::ui
         if (statusWord == nullptr || length == nullptr || capacity < 0 || (data == nullptr && capacity > 0))
             return kBadArgument;
         std::shared_ptr<const IdCard> card;
-        if (const ReturnCode result = device.id.find(milliseconds(timeoutMs), card); result != kSuccess)
+        if (const ReturnCode result = device.id.find(waitTime(timeoutMs), card); result != kSuccess)
             return result;
         const cards::ModuleReply reply = card->moduleReply(byte1, byte2);
         if (reply.data.size() > static_cast<std::size_t>(capacity))

@@ -3,10 +3,10 @@
 
 #include "drivers/core/boundary.h"
 #include "drivers/core/text_arguments.h"
+#include "drivers/core/wait_time.h"
 #include "drivers/virtual/reader/device.h"
 
 #include <atomic>
-#include <chrono>
 
 namespace drivers::exports {
 
@@ -17,13 +17,6 @@ struct Library {
 };
 
 Library &library();
-
-/// A time-out as it came over the C interface; negative ones are none.
-template <class Number>
-std::chrono::milliseconds milliseconds(Number timeout)
-{
-    return std::chrono::milliseconds(timeout > 0 ? static_cast<std::int64_t>(timeout) : 0);
-}
 
 /// Runs `call(device)` on the device of a handle. A card whose file cannot be understood is kCardError; whatever else
 /// is wrong with the tray is kTransportFailure.

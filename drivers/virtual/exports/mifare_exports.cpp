@@ -2,32 +2,9 @@
 #include "drivers/core/abi.h"
 #include "drivers/virtual/exports/library.h"
 
-#include <algorithm>
-#include <cstring>
-#include <optional>
-
 using namespace drivers;
 using cards::MifareCard;
 using exports::serve;
-
-namespace {
-
-/// A fixed number of bytes from a caller's hexadecimal text of exactly that length.
-template <class Array>
-std::optional<Array> exactBytes(const char *text)
-{
-    Array out{};
-    constexpr std::size_t kDigits = 2 * std::tuple_size_v<Array>;
-    if (text == nullptr || strnlen(text, kDigits + 1) != kDigits)
-        return std::nullopt;
-    const std::optional<Bytes> bytes = hexArgument(text, kDigits);
-    if (!bytes)
-        return std::nullopt;
-    std::copy(bytes->begin(), bytes->end(), out.begin());
-    return out;
-}
-
-} // namespace
 
 int vek_mifare_request(sdk::DeviceHandle handle, int timeoutMs, char *type, char *uid)
 {
@@ -46,7 +23,7 @@ int vek_mifare_request(sdk::DeviceHandle handle, int timeoutMs, char *type, char
 int vek_mifare_authentication(sdk::DeviceHandle handle, std::uint8_t sector, char keyType, const char *key)
 {
     return serve(handle, [&](reader::Device &device) {
-        const auto bytes = exactBytes<cards::SectorKey>(key);
+        const auto bytes = exactHexArgument<SectorKey>(key);
         return bytes ? device.mifare.authenticate(sector, keyType, *bytes) : kBadArgument;
     });
 }
@@ -54,7 +31,7 @@ int vek_mifare_authentication(sdk::DeviceHandle handle, std::uint8_t sector, cha
 int vek_mifare_change_key(sdk::DeviceHandle handle, std::uint8_t sector, char keyType, const char *key)
 {
     return serve(handle, [&](reader::Device &device) {
-        const auto bytes = exactBytes<cards::SectorKey>(key);
+        const auto bytes = exactHexArgument<SectorKey>(key);
         if (!bytes)
             return kBadArgument;
         return device.mifare.run([&](MifareCard &card) { return card.changeKey(sector, keyType, *bytes); });
@@ -66,7 +43,7 @@ int vek_mifare_read_block(sdk::DeviceHandle handle, std::uint8_t block, char *da
     return serve(handle, [&](reader::Device &device) {
         if (data == nullptr)
             return kBadArgument;
-        cards::Block16 bytes{};
+        Block16 bytes{};
         const ReturnCode result = device.mifare.run([&](MifareCard &card) { return card.read(block, bytes); });
         if (result != kSuccess)
             return result;
@@ -77,7 +54,7 @@ int vek_mifare_read_block(sdk::DeviceHandle handle, std::uint8_t block, char *da
 int vek_mifare_write_block(sdk::DeviceHandle handle, std::uint8_t block, const char *data)
 {
     return serve(handle, [&](reader::Device &device) {
-        const auto bytes = exactBytes<cards::Block16>(data);
+        const auto bytes = exactHexArgument<Block16>(data);
         if (!bytes)
             return kBadArgument;
         return device.mifare.run([&](MifareCard &card) { return card.write(block, *bytes); });

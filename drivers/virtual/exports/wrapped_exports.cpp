@@ -29,7 +29,7 @@ std::shared_ptr<tray::Tray> usualTray()
 
 ReturnCode wait(const Call &call, std::int64_t timeMs)
 {
-    const auto time = milliseconds(timeMs);
+    const auto time = waitTime(timeMs);
     const auto device = deviceOf(call);
     if (device == nullptr) {
         std::this_thread::sleep_for(time);

@@ -102,7 +102,7 @@ ReturnCode MifareField::request(std::chrono::milliseconds timeout, std::string &
     });
 }
 
-ReturnCode MifareField::authenticate(int sector, char keyType, const cards::SectorKey &key)
+ReturnCode MifareField::authenticate(int sector, char keyType, const SectorKey &key)
 {
     if (const ReturnCode result = m_connection.reach(Feature::Antenna); result != kSuccess)
         return result;

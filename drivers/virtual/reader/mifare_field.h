@@ -22,7 +22,7 @@ public:
     ReturnCode request(std::chrono::milliseconds timeout, std::string &type, std::string &uid);
 
     /// Selects the card in the field if none is selected. Every device has an authentication of its own.
-    ReturnCode authenticate(int sector, char keyType, const cards::SectorKey &key);
+    ReturnCode authenticate(int sector, char keyType, const SectorKey &key);
 
     using Command = std::function<cards::MifareResult(cards::MifareCard &)>;
 
@@ -33,7 +33,7 @@ private:
     struct Authentication {
         int sector;
         char keyType;
-        cards::SectorKey key;
+        SectorKey key;
     };
     struct SelectedCard {
         std::uint64_t inserted;

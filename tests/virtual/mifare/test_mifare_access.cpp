@@ -1,12 +1,12 @@
-#include "drivers/virtual/cards/mifare_access.h"
-#include "drivers/virtual/cards/mifare_layout.h"
-#include "drivers/virtual/cards/mifare_value.h"
+#include "drivers/core/mifare/mifare_access.h"
+#include "drivers/core/mifare/mifare_layout.h"
+#include "drivers/core/mifare/mifare_value.h"
 
 #include <QtTest>
 
 #include <limits>
 
-using namespace drivers::cards;
+using namespace drivers;
 
 class TestMifareAccess : public QObject {
     Q_OBJECT

@@ -2,6 +2,7 @@
 // right "-" (never), "A", "B" or "AB".
 #include "mifare_test_card.h"
 
+using namespace drivers;
 using namespace drivers::cards;
 using namespace mifare_test;
 

@@ -3,6 +3,7 @@
 
 #include <stdexcept>
 
+using namespace drivers;
 using namespace drivers::cards;
 using namespace mifare_test;
 

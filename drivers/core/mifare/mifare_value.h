@@ -2,11 +2,11 @@
 // then address, complement, address, complement.
 #pragma once
 
-#include "drivers/virtual/cards/mifare_layout.h"
+#include "drivers/core/mifare/mifare_layout.h"
 
 #include <optional>
 
-namespace drivers::cards {
+namespace drivers {
 
 struct ValueBlock {
     std::int32_t value = 0;
@@ -21,4 +21,4 @@ std::optional<ValueBlock> decodeValueBlock(const Block16 &block);
 /// value + delta, or nothing where that does not fit in 32 bits.
 std::optional<std::int32_t> addToValue(std::int32_t value, std::int64_t delta);
 
-} // namespace drivers::cards
+} // namespace drivers

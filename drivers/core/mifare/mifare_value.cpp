@@ -1,8 +1,8 @@
-#include "drivers/virtual/cards/mifare_value.h"
+#include "drivers/core/mifare/mifare_value.h"
 
 #include <limits>
 
-namespace drivers::cards {
+namespace drivers {
 
 namespace {
 
@@ -54,4 +54,4 @@ std::optional<std::int32_t> addToValue(std::int32_t value, std::int64_t delta)
     return static_cast<std::int32_t>(value + delta);
 }
 
-} // namespace drivers::cards
+} // namespace drivers

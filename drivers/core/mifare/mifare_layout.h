@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace drivers::cards {
+namespace drivers {
 
 constexpr int kMifareSectors = 16;
 constexpr int kBlocksPerSector = 4;
@@ -56,4 +56,4 @@ constexpr int trailerOfSector(int sector)
     return sector * kBlocksPerSector + kBlocksPerSector - 1;
 }
 
-} // namespace drivers::cards
+} // namespace drivers

@@ -1,6 +1,6 @@
-#include "drivers/virtual/cards/mifare_access.h"
+#include "drivers/core/mifare/mifare_access.h"
 
-namespace drivers::cards {
+namespace drivers {
 
 namespace {
 
@@ -90,4 +90,4 @@ bool keyBReadable(std::uint8_t trailerCondition)
     return trailerRightGranted(trailerCondition, TrailerRight::readKeyB, KeyType::a);
 }
 
-} // namespace drivers::cards
+} // namespace drivers

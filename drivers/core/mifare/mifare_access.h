@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <optional>
 
-namespace drivers::cards {
+namespace drivers {
 
 using AccessBytes = std::array<std::uint8_t, 3>;
 
@@ -45,4 +45,4 @@ bool trailerRightGranted(std::uint8_t condition, TrailerRight right, KeyType key
 /// Whether a trailer's condition lets key B be read. It then is data and cannot authenticate.
 bool keyBReadable(std::uint8_t trailerCondition);
 
-} // namespace drivers::cards
+} // namespace drivers
