@@ -24,6 +24,15 @@ constexpr unsigned kBaudCount = 5;
 
 constexpr int kWindowsDriverIndex = 2;
 
+/// The last widget that the window's Tab key visits.
+QWidget *lastInTabOrder(const QWidget &window)
+{
+    QWidget *last = window.previousInFocusChain();
+    while ((last->focusPolicy() & Qt::TabFocus) == 0)
+        last = last->previousInFocusChain();
+    return last;
+}
+
 } // namespace
 
 int defaultDriverIndex(const QString &productType)
@@ -87,6 +96,10 @@ void MainWindow::addPages()
     ui->tabWidget->addTab(m_idcardPage, "二代证");
     ui->tabWidget->addTab(m_mifarePage, "M1卡");
     ui->tabWidget->addTab(m_sssePage, "社保卡");
+
+    // The pages come after the form, but the log is read after a page is used.
+    setTabOrder(lastInTabOrder(*this), ui->textEdit_log);
+    setTabOrder(ui->textEdit_log, ui->pushButton_clear_log);
 }
 
 void MainWindow::connectPages()

@@ -148,7 +148,7 @@ void resizeDeck(Tray &tray, std::size_t cards)
 {
     const auto state = tray.state();
     for (const std::string &id : tray.cardIds()) {
-        const bool used = std::any_of(state->slots.begin(), state->slots.end(),
+        const bool used = std::any_of(state->contents.begin(), state->contents.end(),
                                       [&id](const drivers::tray::SlotContent &slot) { return slot.card == id; });
         if (!used)
             fs::remove(tray.cardFile(id));

@@ -1,6 +1,7 @@
 #include "drivers/pcsc/pcsc_channel.h"
 
 #include "drivers/core/command_apdu.h"
+#include "drivers/core/trace.h"
 #include "drivers/pcsc/t0_exchange.h"
 
 #include <algorithm>
@@ -76,9 +77,10 @@ ReturnCode PcscChannel::transmit(const Bytes &command, Bytes &reply)
         return kBadArgument;
     if (!m_connected)
         return kNotPowered;
+    const auto once = [this](const Bytes &tpdu, Bytes &answer) { return exchangeOnce(tpdu, answer); };
     if (m_protocol != SCARD_PROTOCOL_T0)
-        return exchangeOnce(command, reply);
-    const auto raw = [this](const Bytes &tpdu, Bytes &answer) { return exchangeOnce(tpdu, answer); };
+        return tracedExchange(once, command, reply);
+    const auto raw = [&once](const Bytes &tpdu, Bytes &answer) { return tracedExchange(once, tpdu, answer); };
     return exchangeT0(raw, command, reply);
 }
 

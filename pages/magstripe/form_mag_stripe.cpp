@@ -54,8 +54,10 @@ void Form_Mag_Stripe::showCheckedTracks(const StripeTracks &tracks)
 {
     std::size_t index = 0;
     for (const TrackRow &row : trackRows()) {
-        if (row.chosen->isChecked())
+        if (row.chosen->isChecked()) {
             row.text->setText(tracks.text(index));
+            row.text->setCursorPosition(0); // a long track is shown from its beginning
+        }
         ++index;
     }
 }

@@ -94,6 +94,16 @@ private slots:
         QCOMPARE(pane(window)->toPlainText(), "");
     }
 
+    void undoTakesNoLineOut()
+    {
+        MainWindow window;
+        window.show();
+        emit window.addLog("one");
+        pane(window)->setFocus();
+        QTest::keyClick(pane(window), Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(pane(window)->toPlainText(), "one");
+    }
+
     void theUserMayTypeIntoThePane()
     {
         MainWindow window;

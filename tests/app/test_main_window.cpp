@@ -1,6 +1,8 @@
+#include "app/identity.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
 
+#include <QApplication>
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QGroupBox>
@@ -206,6 +208,16 @@ private slots:
             mirror(index);
             QCOMPARE(combo->currentIndex(), 3);
         }
+    }
+
+    void theProgramSaysWhoItIs()
+    {
+        setIdentity();
+        QCOMPARE(QApplication::organizationName(), "Tarvo");
+        QVERIFY(!QApplication::organizationDomain().isEmpty());
+        QCOMPARE(QApplication::applicationName(), "Tarvo Unifold card reader SDK APIs demo application");
+        QCOMPARE(QApplication::applicationVersion(), "1.23.4.25");
+        QVERIFY(!QApplication::windowIcon().isNull());
     }
 
     void theIconIsDrawn()

@@ -20,18 +20,23 @@ fail() {
 }
 
 start_desktop() {
+    make_home
     : >"$world/display"
     Xvfb -displayfd 3 -screen 0 "${1:-1600x1000x24}" -nolisten tcp 3>"$world/display" >/dev/null 2>&1 &
     pids+=($!)
     wait_for "an X server" test -s "$world/display"
     DISPLAY=:$(cat "$world/display")
-    mkdir -p "$world/home" "$world/runtime"
-    chmod 700 "$world/runtime"
-    export DISPLAY HOME=$world/home XDG_RUNTIME_DIR=$world/runtime
+    export DISPLAY
     unset QT_QPA_PLATFORM
     openbox >/dev/null 2>&1 &
     pids+=($!)
     wait_for "a window manager" window_manager_runs
+}
+
+make_home() {
+    mkdir -p "$world/home" "$world/runtime"
+    chmod 700 "$world/runtime"
+    export HOME=$world/home XDG_RUNTIME_DIR=$world/runtime
 }
 
 window_manager_runs() {
@@ -79,4 +84,27 @@ size() {
 
 screenshot() {
     import -window root "$screenshots/$1.png"
+}
+
+# click <x> <y>: in $window.
+click() {
+    xdotool mousemove --window "$window" "$1" "$2" click 1
+    sleep 0.2
+}
+
+# text_at <x> <y>: everything in the text box there, through the clipboard. A bench that waits in a call gives nothing.
+text_at() {
+    click "$1" "$2"
+    xdotool key ctrl+a ctrl+c
+    sleep 0.2
+    timeout 2 xclip -selection clipboard -out 2>/dev/null
+}
+
+# Everything in the bench's log pane.
+log_text() {
+    text_at 400 560
+}
+
+log_has() {
+    log_text | grep -F -- "$1" >/dev/null
 }

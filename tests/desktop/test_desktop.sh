@@ -83,6 +83,21 @@ for signal in INT TERM HUP; do
     wait "$bench_pid" || fail "SIG$signal gave the exit code $?"
     [ "$signal" = HUP ] || start_bench
 done
+
+# Without standard output, whose number the connection to the X server must not get.
+LD_LIBRARY_PATH=$drivers "$bench" >&- 2>"$world/err" &
+bench_pid=$!
+pids+=("$bench_pid")
+window=$(window_named 多功能读卡器演示程序)
+wait_for "the window to come to rest" rests "$window"
+[ "$(readlink "/proc/$bench_pid/fd/1")" = /dev/null ] || fail "standard output is $(readlink "/proc/$bench_pid/fd/1")"
+xdotool mousemove --window "$window" 613 18 click 1
+sleep 0.5
+screenshot loaded-without-output
+kill -TERM "$bench_pid"
+wait_for "the end of the bench without standard output" bench_ended
+wait "$bench_pid" || fail "the bench without standard output gave the exit code $?"
+
 if grep -E 'Sanitizer|runtime error' "$world/err"; then
     fail "a sanitizer spoke"
 fi

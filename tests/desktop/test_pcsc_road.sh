@@ -31,23 +31,6 @@ card_seen() {
     opensc-tool --reader 'Virtual PCD 00 00' --atr 2>/dev/null | tr -d ': \n' | tr a-f A-F | grep "$atr" >/dev/null
 }
 
-click() {
-    xdotool mousemove --window "$window" "$1" "$2" click 1
-    sleep 0.2
-}
-
-# Everything in the log pane, through the clipboard.
-log_text() {
-    click 400 560
-    xdotool key ctrl+a ctrl+c
-    sleep 0.2
-    xclip -selection clipboard -out 2>/dev/null
-}
-
-log_has() {
-    log_text | grep -F -- "$1" >/dev/null
-}
-
 start_desktop
 # The daemon's socket and the virtual reader's ports exist once on a machine; the other tests take the same lock.
 exec 9>>/tmp/unifold-vpcd.lock
@@ -67,8 +50,8 @@ xdotool key Down Return
 sleep 0.2
 click 613 18
 wait_for "the driver" grep -q 'Load library libtarvozent.so success!' "$world/out"
-click 246 81
-click 438 81
+click 215 81
+click 384 81
 wait_for "the reader in the log" log_has '设备1 [Virtual PCD 00 00].'
 click 394 140
 wait_for "the open device" log_has 'vek_open 打开设备成功！'

@@ -57,9 +57,9 @@ void logLines()
 {
     Bench bench;
     bench.window.show();
-    constexpr int kLines = 100000 / kParts;
+    constexpr long kLines = 100000L / kParts;
     const long growth = measure("log lines", [&bench](int /*part*/) {
-        for (int i = 0; i < kLines; ++i) {
+        for (long i = 0; i < kLines; ++i) {
             emit bench.window.addLog("[2026/11/15 123456-789] [IC卡] vek_icc_apdu return[0x0] (assert 0)");
             if (i % 100 == 0)
                 QApplication::processEvents();

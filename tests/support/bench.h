@@ -1,29 +1,11 @@
-// The whole bench under test: the main window with a driver library loaded by the real loader through its own button,
-// used as a person would: widgets by object name, presses, the log pane.
+// The whole bench under test over the recording driver, loaded by the real loader through its own button.
 #pragma once
 
-#include "app/main_window.h"
-#include "sdk/loader.h"
+#include "tests/support/bench_window.h"
 #include "tests/support/recorder.h"
 
-#include <QAbstractButton>
-#include <QLineEdit>
-#include <QRegularExpression>
-#include <QStringList>
-#include <QTabWidget>
-#include <QTest>
-#include <QTextEdit>
-
-class Bench {
+class Bench : public BenchWindow {
 public:
-    MainWindow window;
-
-    /// Each bench starts with no library, so that it meets a recorder of its own.
-    Bench() { sdk::unload(); }
-
-    /// Text of the separator line behind the time stamp and the tag.
-    static constexpr char kSeparator[] = "------------------------------------------";
-
     /// Shows the window and, through the driver row and 打开默认USB, loads "libtarvovek.so" and opens the handle 1A2B.
     /// The recorder and the log pane are empty afterwards.
     void openDevice()
@@ -35,69 +17,16 @@ public:
 
     void loadDriver()
     {
-        window.show();
-        press("pushButton_select_driver");
-        QVERIFY2(widget<QTabWidget>("tabWidget")->isEnabled(), "the driver did not load");
+        loadLibrary();
         // The library outlives a window: it would answer by the scripts of the test before.
         recorder() = Recorder();
         forget();
     }
 
-    /// Brings the page's tab to the front and returns the page.
-    template <typename Page>
-    Page *page()
-    {
-        auto *const found = window.findChild<Page *>();
-        widget<QTabWidget>("tabWidget")->setCurrentWidget(found);
-        return found;
-    }
-
-    /// A widget by its object name, in the window or in one page. A missing one ends the test program.
-    template <typename Widget>
-    Widget *widget(const char *name, QWidget *within = nullptr)
-    {
-        auto *const found = (within != nullptr ? within : &window)->findChild<Widget *>(name);
-        if (found == nullptr)
-            qFatal("no widget %s", name);
-        return found;
-    }
-
-    /// Clicks with the mouse, as long as the button is visible and enabled; otherwise the test program ends.
-    void press(const char *name, QWidget *within = nullptr)
-    {
-        auto *const button = widget<QAbstractButton>(name, within);
-        if (!button->isVisible() || !button->isEnabled())
-            qFatal("%s cannot be pressed", name);
-        // Radio buttons and check boxes take a click only on their indicator and text, which stand at the left.
-        QTest::mouseClick(button, Qt::LeftButton, Qt::NoModifier, QPoint(8, button->height() / 2));
-    }
-
-    void type(const char *name, const QString &text, QWidget *within = nullptr)
-    {
-        auto *const edit = widget<QLineEdit>(name, within);
-        edit->clear();
-        QTest::keyClicks(edit, text);
-    }
-
-    /// The log pane, a line an entry, each "[tag] text": the time stamp is checked for its form and taken off. Lines
-    /// without one (the tail of a message with a line break, a bare "}") come as they are.
-    QStringList log()
-    {
-        static const QRegularExpression stamp(R"(^\[\d{4}/\d\d/\d\d \d{6}-\d{3}\] )");
-        QStringList lines;
-        const QString text = widget<QTextEdit>("textEdit_log")->toPlainText();
-        if (!text.isEmpty())
-            for (QString line : text.split('\n'))
-                lines << line.remove(stamp);
-        return lines;
-    }
-
-    static QString separator(const char *tag) { return QString("[%1] %2").arg(tag, kSeparator); }
-
     /// Empties the log pane and the recorded calls.
     void forget()
     {
-        widget<QTextEdit>("textEdit_log")->clear();
+        clearLog();
         recorder().calls.clear();
     }
 

@@ -71,7 +71,7 @@ void TestUnifoldTray::helpsAndRefusesWrongUsage()
 {
     QCOMPARE(run({"--help"}), 0);
     for (const char *command : {"status", "list", "put", "take", "swipe", "show", "set", "add", "remove", "import",
-                                "export", "power", "reset", "serve"})
+                                "export", "power", "reset", "fault", "serve"})
         QVERIFY2(m_output.contains(QByteArray("  ") + command), command);
     QCOMPARE(run({"put", "--help"}), 0);
     QVERIFY(m_output.contains("slot"));

@@ -31,6 +31,9 @@ void addSlotCommands(CLI::App &app, const Options &options);
 /// import, export
 void addDumpCommands(CLI::App &app, const Options &options);
 
+/// fault add, fault list, fault clear
+void addFaultCommands(CLI::App &app, const Options &options);
+
 /// serve
 void addServeCommand(CLI::App &app, const Options &options);
 

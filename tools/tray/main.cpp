@@ -38,6 +38,7 @@ int run(int argc, char **argv)
     tray_tool::addSlotCommands(app, options);
     tray_tool::addDeckCommands(app, options);
     tray_tool::addDumpCommands(app, options);
+    tray_tool::addFaultCommands(app, options);
     tray_tool::addServeCommand(app, options);
 
     try {

@@ -1,5 +1,6 @@
 #include "drivers/virtual/reader/connection.h"
 
+#include "drivers/virtual/reader/faults.h"
 #include "sdk/contracts.h"
 
 #include <algorithm>
@@ -83,6 +84,8 @@ ReturnCode Connection::waitFor(std::chrono::milliseconds timeout,
     for (;;) {
         if (m_closed)
             return kBadHandle;
+        if (isUnplugged(*m_tray->state()))
+            return kReaderGone;
         if (const std::optional<ReturnCode> result = attempt())
             return *result;
         const auto left = end - std::chrono::steady_clock::now();

@@ -34,6 +34,7 @@ public:
 
     const DeviceEntry &entry() const { return m_entry; }
     tray::Tray &tray() const { return *m_tray; }
+    std::shared_ptr<tray::Tray> sharedTray() const { return m_tray; }
 
     /// kSuccess if the device offers the feature and hears its host; kNotSupported; kTimeout (after kAnswerTime) for a
     /// serial device whose rate is not the connection's.
@@ -42,8 +43,8 @@ public:
     /// Sets the rate of a serial device, and this connection's with it. Other devices: kSuccess at once.
     ReturnCode setBaud(int baud, std::uint8_t mode);
 
-    /// Makes `attempt` until it returns a code, the time is over (kTimeout) or the device is closed (kBadHandle). It is
-    /// made at least once.
+    /// Makes `attempt` until it returns a code, the time is over (kTimeout), the device is closed (kBadHandle) or the
+    /// reader unplugged (kReaderGone). It is made at least once.
     ReturnCode waitFor(std::chrono::milliseconds timeout, const std::function<std::optional<ReturnCode>()> &attempt);
 
     /// Ends the waits of other threads.

@@ -1,6 +1,9 @@
 #include "drivers/virtual/reader/cpu_slots.h"
 
 #include "drivers/core/t0_completion.h"
+#include "drivers/core/text_arguments.h"
+#include "drivers/core/trace.h"
+#include "drivers/virtual/reader/faults.h"
 #include "sdk/contracts.h"
 
 namespace drivers::reader {
@@ -11,27 +14,37 @@ using tray::TrayState;
 /// A powered card, whose every change is kept before its reply is shown.
 class CpuSlots::Channel : public CardChannel {
 public:
-    Channel(HeldCard<cards::CpuCard> &card, const tray::FolderLock &held) : m_card(card), m_held(held) {}
+    Channel(tray::Tray &tray, Slot slot, HeldCard<cards::CpuCard> &card, const tray::FolderLock &held)
+        : m_tray(tray), m_slot(slot), m_card(card), m_held(held)
+    {
+    }
 
     ReturnCode transmit(const Bytes &command, Bytes &reply) override
     {
         const auto once = [this](const Bytes &part, Bytes &answer) {
+            if (losesCard(m_tray, m_held, m_slot))
+                return kCardRemoved;
             if (m_card.refresh())
                 m_card.model().reset();
             answer = m_card.model().transmit(part);
             m_card.keep(m_held);
             return kSuccess;
         };
-        return completeExchange(once, command, reply);
+        const auto traced = [&once](const Bytes &part, Bytes &answer) { return tracedExchange(once, part, answer); };
+        return completeExchange(traced, command, reply);
     }
 
 private:
+    tray::Tray &m_tray;
+    Slot m_slot;
     HeldCard<cards::CpuCard> &m_card;
     const tray::FolderLock &m_held;
 };
 
 std::optional<Slot> CpuSlots::resolve(std::uint8_t slotCode, const TrayState &state) const
 {
+    if (!isSlotCode(slotCode))
+        return std::nullopt;
     if (m_connection.entry().onlySlot)
         return m_connection.entry().onlySlot;
     switch (slotCode) {
@@ -151,8 +164,11 @@ ReturnCode CpuSlots::exchangeLocked(std::uint8_t slotCode, const Job &job)
         return kBadArgument;
     if (const ReturnCode result = checkPowered(*slot, *state); result != kSuccess)
         return result;
-    Channel channel(m_powered.at(*slot).card, held);
-    return job(channel);
+    Channel channel(m_connection.tray(), *slot, m_powered.at(*slot).card, held);
+    const ReturnCode result = job(channel);
+    if (result == kCardRemoved)
+        m_powered.erase(*slot);
+    return result;
 }
 
 ReturnCode CpuSlots::runApplication(std::uint8_t slotCode, std::chrono::milliseconds timeout, const Job &job)

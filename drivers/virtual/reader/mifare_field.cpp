@@ -1,5 +1,7 @@
 #include "drivers/virtual/reader/mifare_field.h"
 
+#include "drivers/virtual/reader/faults.h"
+
 namespace drivers::reader {
 
 using cards::MifareCard;
@@ -73,6 +75,10 @@ void MifareField::refresh()
 ReturnCode MifareField::perform(const Command &command)
 {
     const tray::FolderLock held = m_connection.tray().lock();
+    if (losesCard(m_connection.tray(), held, Slot::Antenna)) {
+        m_selected.reset();
+        return kCardRemoved;
+    }
     refresh();
     const MifareResult result = command(m_selected->card.model());
     if (result != MifareResult::ok)

@@ -28,6 +28,14 @@ json swipesToJson(const TrayState &state)
     return swipes;
 }
 
+json faultsToJson(const TrayState &state)
+{
+    json faults = json::array();
+    for (const Fault &fault : state.faults)
+        faults.push_back(toJson(fault));
+    return faults;
+}
+
 json serialToJson(const TrayState &state)
 {
     json serial = json::object();
@@ -81,7 +89,7 @@ void TrayState::take(Slot slot)
 
 void TrayState::forget(const std::string &card)
 {
-    for (SlotContent &content : slots) {
+    for (SlotContent &content : contents) {
         if (content.card == card)
             content = {};
     }
@@ -119,7 +127,8 @@ TrayState stateFromJson(const json &document)
     state.beepMs = document.value("beepMs", std::uint64_t{0});
     state.swipeCount = document.value("swipeCount", std::uint64_t{0});
     state.keyboardMode = document.value("keyboardMode", false);
-    state.faults = document.value("faults", json::array());
+    for (const auto &fault : document.value("faults", json::array()))
+        state.faults.push_back(faultFromJson(fault));
     for (const auto &swipe : document.value("swipes", json::array()))
         state.swipes.push_back({swipe.at("number"), swipe.at("card"), swipe.at("tracks")});
     const json serial = document.value("serial", json::object());
@@ -138,7 +147,7 @@ json toJson(const TrayState &state)
             {"powerCycles", state.powerCycles}, {"beeps", state.beeps},
             {"beepMs", state.beepMs},           {"swipeCount", state.swipeCount},
             {"swipes", swipesToJson(state)},    {"serial", serialToJson(state)},
-            {"faults", state.faults},           {"keyboardMode", state.keyboardMode}};
+            {"faults", faultsToJson(state)},           {"keyboardMode", state.keyboardMode}};
 }
 
 } // namespace drivers::tray

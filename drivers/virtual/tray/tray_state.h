@@ -1,6 +1,8 @@
 // What lies in the reader and what the reader itself remembers: the contents of tray.json.
 #pragma once
 
+#include "drivers/virtual/tray/fault.h"
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -54,7 +56,7 @@ struct TrayState {
     /// How many swipes are kept for the sessions that have not fetched them yet.
     static constexpr std::size_t kKeptSwipes = 16;
 
-    std::array<SlotContent, kAllSlots.size()> slots;
+    std::array<SlotContent, kAllSlots.size()> contents;
     std::uint64_t insertions = 0;
     std::uint64_t powerCycles = 0;
     std::uint64_t beeps = 0;
@@ -63,10 +65,10 @@ struct TrayState {
     std::vector<Swipe> swipes; ///< the last ones, oldest first; those made in keyboard mode are not among them
     bool keyboardMode = false;
     std::map<std::string, SerialRate> serial; ///< by device name; a device not named has the factory rate
-    nlohmann::json faults = nlohmann::json::array();
+    std::vector<Fault> faults;
 
-    SlotContent &at(Slot slot) { return slots[static_cast<std::size_t>(slot)]; }
-    const SlotContent &at(Slot slot) const { return slots[static_cast<std::size_t>(slot)]; }
+    SlotContent &at(Slot slot) { return contents[static_cast<std::size_t>(slot)]; }
+    const SlotContent &at(Slot slot) const { return contents[static_cast<std::size_t>(slot)]; }
 
     /// Puts a card in, in place of what lies there.
     void put(Slot slot, const std::string &card);

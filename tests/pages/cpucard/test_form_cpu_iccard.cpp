@@ -1,6 +1,7 @@
 #include "pages/cpucard/form_cpu_iccard.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QButtonGroup>
 #include <QGroupBox>
@@ -48,59 +49,49 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QString>("value");
-        const char *const rows[][3] = {
-            {"groupBox", "title", "卡类型选择"},
-            {"radioButton", "text", "接触"},
-            {"radioButton_2", "text", "非接触"},
-            {"radioButton_3", "text", "自动（接触/非接触）"},
-            {"radioButton_4", "text", "PSAM1"},
-            {"radioButton_5", "text", "PSAM2"},
-            {"radioButton_6", "text", "PSAM3"},
-            {"radioButton_7", "text", "PSAM4"},
-            {"groupBox_4", "title", "射频寻卡接口"},
-            {"pushButton_rf_probe", "text", "探测射频卡"},
-            {"groupBox_2", "title", "CPU卡底层接口测试"},
-            {"pushButton_cpucard_status", "text", "状态"},
-            {"pushButton_cpucard_poweron", "text", "上电"},
-            {"label", "text", "APDU"},
-            {"lineEdit_apdu", "text", "00A4040008A000000333010101"},
-            {"pushButton_cpucard_apdu", "text", "发送"},
-            {"pushButton_cpucard_poweroff", "text", "下电"},
-            {"groupBox_3", "title", "PBOC接口测试"},
-            {"label_2", "text", "AID"},
-            {"lineEdit_pboc_aid", "text", "A000000333"},
-            {"label_3", "text", "标签列表"},
-            {"lineEdit_pboc_taglist", "text", "ABCDEFGHIJKLMNOPQ"},
-            {"pushButton_pboc_taglist_common", "text", "常用"},
-            {"pushButton_pboc_taglist_whole", "text", "全部"},
-            {"pushButton_pboc_readinfo", "text", "读卡信息"},
-            {"lineEdit_pboc_arqc", "text",
+        addWidgetRows({
+            {"groupBox", "QGroupBox", "卡类型选择"},
+            {"radioButton", "QRadioButton", "接触"},
+            {"radioButton_2", "QRadioButton", "非接触"},
+            {"radioButton_3", "QRadioButton", "自动（接触/非接触）"},
+            {"radioButton_4", "QRadioButton", "PSAM1"},
+            {"radioButton_5", "QRadioButton", "PSAM2"},
+            {"radioButton_6", "QRadioButton", "PSAM3"},
+            {"radioButton_7", "QRadioButton", "PSAM4"},
+            {"groupBox_4", "QGroupBox", "射频寻卡接口"},
+            {"pushButton_rf_probe", "QPushButton", "探测射频卡"},
+            {"groupBox_2", "QGroupBox", "CPU卡底层接口测试"},
+            {"pushButton_cpucard_status", "QPushButton", "状态"},
+            {"pushButton_cpucard_poweron", "QPushButton", "上电"},
+            {"label", "QLabel", "APDU"},
+            {"lineEdit_apdu", "QLineEdit", "00A4040008A000000333010101"},
+            {"pushButton_cpucard_apdu", "QPushButton", "发送"},
+            {"pushButton_cpucard_poweroff", "QPushButton", "下电"},
+            {"groupBox_3", "QGroupBox", "PBOC接口测试"},
+            {"label_2", "QLabel", "AID"},
+            {"lineEdit_pboc_aid", "QLineEdit", "A000000333"},
+            {"label_3", "QLabel", "标签列表"},
+            {"lineEdit_pboc_taglist", "QLineEdit", "ABCDEFGHIJKLMNOPQ"},
+            {"pushButton_pboc_taglist_common", "QPushButton", "常用"},
+            {"pushButton_pboc_taglist_whole", "QPushButton", "全部"},
+            {"pushButton_pboc_readinfo", "QPushButton", "读卡信息"},
+            {"lineEdit_pboc_arqc", "QLineEdit",
              "P012000000000000Q012000000000000R0040156S006140426T00201U006143837V024D7DBBACFB9F1C3E6B2E2CAD4"},
-            {"pushButton_pboc_arqc", "text", "ARQC"},
-            {"lineEdit_pboc_arpc", "text",
+            {"pushButton_pboc_arqc", "QPushButton", "ARQC"},
+            {"lineEdit_pboc_arpc", "QLineEdit",
              "114910A45ED95EE07D345F13030722B9F180400000001861004DA9F770A0000001000005A3714FE00861004DA9F780A0000000200"
              "0"
              "1A98548B500"},
-            {"pushButton_pboc_arpc", "text", "ARPC"},
-            {"pushButton_pboc_trans_detail", "text", "交易明细"},
-            {"pushButton_pboc_load_detail", "text", "圈存明细"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[0] << row[1] << row[2];
+            {"pushButton_pboc_arpc", "QPushButton", "ARPC"},
+            {"pushButton_pboc_trans_detail", "QPushButton", "交易明细"},
+            {"pushButton_pboc_load_detail", "QPushButton", "圈存明细"},
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, property);
-        QFETCH(QString, value);
         Bench bench;
-        const auto found = bench.page<Form_CPU_Iccard>()->findChildren<QWidget *>(name);
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(found.first()->property(property.toUtf8().constData()).toString(), value);
+        compareWidget(bench.page<Form_CPU_Iccard>());
     }
 
     void automaticIsCheckedAndTheGroupHasItsIds()

@@ -1,6 +1,7 @@
 #include "pages/idcard/form_idcard.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QCheckBox>
 #include <QDialog>
@@ -66,10 +67,7 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("type");
-        QTest::addColumn<QString>("text");
-        const char *const rows[][3] = {
+        addWidgetRows({
             {"groupBox", "QGroupBox", "读身份证"},
             {"checkBox_text", "QCheckBox", "文字"},
             {"checkBox_photo", "QCheckBox", "头像"},
@@ -116,22 +114,13 @@ private slots:
             {"pushButton_3", "QPushButton", "停止"},
             {"pushButton_4", "QPushButton", "统计信息"},
             {"pushButton_5", "QPushButton", "重置计数器"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[0] << row[1] << row[2];
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, type);
-        QFETCH(QString, text);
         Bench bench;
-        const auto found = bench.page<Form_Idcard>()->findChildren<QWidget *>(name);
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(QString(found.first()->metaObject()->className()), type);
-        const char *const property = type == "QGroupBox" ? "title" : type == "QTextEdit" ? "plainText" : "text";
-        QCOMPARE(found.first()->property(property).toString(), text);
+        compareWidget(bench.page<Form_Idcard>());
     }
 
     void fieldsThatOnlyShowAreReadOnly()

@@ -2,6 +2,7 @@
 #include "tests/pages/magstripe/stripe_script.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QCheckBox>
 #include <QLabel>
@@ -29,9 +30,7 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("className");
-        QTest::addColumn<QString>("text");
-        const char *const rows[][3] = {
+        addWidgetRows({
             {"checkBox_1", "QCheckBox", "一磁道"},
             {"lineEdit_msr_track_1", "QLineEdit", ""},
             {"pushButton_clear_1", "QPushButton", "清空"},
@@ -64,23 +63,17 @@ private slots:
             {"pushButton_async_thread_stop", "QPushButton", "结束"},
             {"pushButton_msr_switch_mode_command", "QPushButton", "设置为指令交互方式刷卡"},
             {"pushButton_msr_switch_mode_keyboard", "QPushButton", "设置为USB键盘方式刷卡"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[1] << row[2];
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, className);
-        QFETCH(QString, text);
         Bench bench;
         auto *page = bench.page<Form_Mag_Stripe>();
-        const auto found = page->findChildren<QWidget *>(QTest::currentDataTag());
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(QString(found.first()->metaObject()->className()), className);
-        QCOMPARE(found.first()->property(className == "QGroupBox" ? "title" : "text").toString(), text);
+        compareWidget(page);
         // The only one that is disabled at start.
-        QCOMPARE(found.first()->isEnabledTo(page), QTest::currentDataTag() != QString("pushButton_sync_rand_write"));
+        QCOMPARE(bench.widget<QWidget>(QTest::currentDataTag(), page)->isEnabledTo(page),
+                 QTest::currentDataTag() != QString("pushButton_sync_rand_write"));
         QCOMPARE(page->windowTitle(), "Form");
     }
 

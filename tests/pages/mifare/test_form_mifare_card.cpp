@@ -2,6 +2,7 @@
 #include "pages/mifare/form_mifare_card.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -38,64 +39,51 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("className");
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QString>("value");
-        const char *const rows[][4] = {
-            {"groupBox", "QGroupBox", "title", "1、Mifare寻卡"},
-            {"lineEdit_mifare_uid", "QLineEdit", "text", ""},
-            {"label_2", "QLabel", "text", "卡类型"},
-            {"lineEdit_mifare_card_type", "QLineEdit", "text", ""},
-            {"pushButton_mifare_find", "QPushButton", "text", "寻卡"},
-            {"groupBox_2", "QGroupBox", "title", "2、选择扇区"},
-            {"label_3", "QLabel", "text", "扇区号"},
-            {"comboBox_mifare_sector_number", "QComboBox", "currentText", "1"},
-            {"groupBox_3", "QGroupBox", "title", "3、认证扇区"},
-            {"radioButton_mifare_password_a", "QRadioButton", "text", "密码A"},
-            {"radioButton_mifare_password_b", "QRadioButton", "text", "密码B"},
-            {"checkBox_mifare_en_change_password", "QCheckBox", "text", "允许改密码"},
-            {"label_4", "QLabel", "text", "原密码"},
-            {"lineEdit_mifare_password", "QLineEdit", "text", "FFFFFFFFFFFF"},
-            {"pushButton_mifare_auth", "QPushButton", "text", "认证扇区密码"},
-            {"label_5", "QLabel", "text", "新密码"},
-            {"lineEdit_mifare_password_new", "QLineEdit", "text", ""},
-            {"pushButton_mifare_change_password", "QPushButton", "text", " 改扇区密码 "},
-            {"groupBox_4", "QGroupBox", "title", "4、读写数据"},
-            {"label_6", "QLabel", "text", "扇区块号"},
-            {"comboBox_mifare_block_number", "QComboBox", "currentText", "1"},
-            {"label_7", "QLabel", "text", "绝对块号"},
-            {"lineEdit_mifare_block_number_abs", "QLineEdit", "text", "5"},
-            {"groupBox_6", "QGroupBox", "title", "读写块数据"},
-            {"lineEdit_mifare_block_data", "QLineEdit", "text", ""},
-            {"pushButton_mifare_read_block", "QPushButton", "text", "读块"},
-            {"lineEdit__mifare_block_data_new", "QLineEdit", "text", "00112233445566778899AABBCCDDEEFF"},
-            {"pushButton_mifare_write_block", "QPushButton", "text", "写块"},
-            {"groupBox_5", "QGroupBox", "title", "钱包功能"},
-            {"lineEdit_mifare_wallet_init", "QLineEdit", "text", "100"},
-            {"pushButton_mifare_wallet_init", "QPushButton", "text", "初始化"},
-            {"lineEdit_mifare_wallet_inc", "QLineEdit", "text", "170"},
-            {"pushButton_mifare_wallet_inc", "QPushButton", "text", "充值"},
-            {"lineEdit_mifare_wallet_dec", "QLineEdit", "text", "60"},
-            {"pushButton_mifare_wallet_dec", "QPushButton", "text", "扣款"},
-            {"lineEdit_mifare_wallet_val", "QLineEdit", "text", ""},
-            {"pushButton_mifare_wallet_val", "QPushButton", "text", "余额"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[0] << row[1] << row[2] << row[3];
+        addWidgetRows({
+            {"groupBox", "QGroupBox", "1、Mifare寻卡"},
+            {"lineEdit_mifare_uid", "QLineEdit", ""},
+            {"label_2", "QLabel", "卡类型"},
+            {"lineEdit_mifare_card_type", "QLineEdit", ""},
+            {"pushButton_mifare_find", "QPushButton", "寻卡"},
+            {"groupBox_2", "QGroupBox", "2、选择扇区"},
+            {"label_3", "QLabel", "扇区号"},
+            {"comboBox_mifare_sector_number", "QComboBox", "1"},
+            {"groupBox_3", "QGroupBox", "3、认证扇区"},
+            {"radioButton_mifare_password_a", "QRadioButton", "密码A"},
+            {"radioButton_mifare_password_b", "QRadioButton", "密码B"},
+            {"checkBox_mifare_en_change_password", "QCheckBox", "允许改密码"},
+            {"label_4", "QLabel", "原密码"},
+            {"lineEdit_mifare_password", "QLineEdit", "FFFFFFFFFFFF"},
+            {"pushButton_mifare_auth", "QPushButton", "认证扇区密码"},
+            {"label_5", "QLabel", "新密码"},
+            {"lineEdit_mifare_password_new", "QLineEdit", ""},
+            {"pushButton_mifare_change_password", "QPushButton", " 改扇区密码 "},
+            {"groupBox_4", "QGroupBox", "4、读写数据"},
+            {"label_6", "QLabel", "扇区块号"},
+            {"comboBox_mifare_block_number", "QComboBox", "1"},
+            {"label_7", "QLabel", "绝对块号"},
+            {"lineEdit_mifare_block_number_abs", "QLineEdit", "5"},
+            {"groupBox_6", "QGroupBox", "读写块数据"},
+            {"lineEdit_mifare_block_data", "QLineEdit", ""},
+            {"pushButton_mifare_read_block", "QPushButton", "读块"},
+            {"lineEdit__mifare_block_data_new", "QLineEdit", "00112233445566778899AABBCCDDEEFF"},
+            {"pushButton_mifare_write_block", "QPushButton", "写块"},
+            {"groupBox_5", "QGroupBox", "钱包功能"},
+            {"lineEdit_mifare_wallet_init", "QLineEdit", "100"},
+            {"pushButton_mifare_wallet_init", "QPushButton", "初始化"},
+            {"lineEdit_mifare_wallet_inc", "QLineEdit", "170"},
+            {"pushButton_mifare_wallet_inc", "QPushButton", "充值"},
+            {"lineEdit_mifare_wallet_dec", "QLineEdit", "60"},
+            {"pushButton_mifare_wallet_dec", "QPushButton", "扣款"},
+            {"lineEdit_mifare_wallet_val", "QLineEdit", ""},
+            {"pushButton_mifare_wallet_val", "QPushButton", "余额"},
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, className);
-        QFETCH(QString, property);
-        QFETCH(QString, value);
         Bench bench;
-        const auto found = bench.page<Form_Mifare_Card>()->findChildren<QWidget *>(name);
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(found.first()->metaObject()->className(), className);
-        QCOMPARE(found.first()->property(property.toUtf8().constData()).toString(), value);
+        compareWidget(bench.page<Form_Mifare_Card>());
     }
 
     void readOnlyFieldsAndWidths_data()

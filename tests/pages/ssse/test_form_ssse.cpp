@@ -1,6 +1,7 @@
 #include "pages/ssse/form_ssse.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QButtonGroup>
 #include <QGroupBox>
@@ -46,37 +47,26 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("className");
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QString>("value");
-        const char *const rows[][4] = {
-            {"groupBox", "QGroupBox", "title", "卡类型选择"},
-            {"radioButton", "QRadioButton", "text", "接触"},
-            {"radioButton_2", "QRadioButton", "text", "非接触"},
-            {"radioButton_3", "QRadioButton", "text", "自动（接触/非接触）"},
-            {"pushButton_gov_info", "QPushButton", "text", "读取发卡方信息"},
-            {"textEdit_ef05", "QTextEdit", "plainText", ""},
-            {"pushButton_clear_ef05", "QPushButton", "text", "清空"},
-            {"pushButton_user_info", "QPushButton", "text", "读取持卡人信息"},
-            {"textEdit_ef06", "QTextEdit", "plainText", ""},
-            {"pushButton_clear_ef06", "QPushButton", "text", "清空"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[1] << row[2] << row[3];
+        addWidgetRows({
+            {"groupBox", "QGroupBox", "卡类型选择"},
+            {"radioButton", "QRadioButton", "接触"},
+            {"radioButton_2", "QRadioButton", "非接触"},
+            {"radioButton_3", "QRadioButton", "自动（接触/非接触）"},
+            {"pushButton_gov_info", "QPushButton", "读取发卡方信息"},
+            {"textEdit_ef05", "QTextEdit", ""},
+            {"pushButton_clear_ef05", "QPushButton", "清空"},
+            {"pushButton_user_info", "QPushButton", "读取持卡人信息"},
+            {"textEdit_ef06", "QTextEdit", ""},
+            {"pushButton_clear_ef06", "QPushButton", "清空"},
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, className);
-        QFETCH(QString, property);
-        QFETCH(QString, value);
         Bench bench;
         auto *page = bench.page<Form_ssse>();
-        const auto found = page->findChildren<QWidget *>(QTest::currentDataTag());
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(QString(found.first()->metaObject()->className()), className);
-        QCOMPARE(found.first()->property(property.toUtf8().constData()).toString(), value);
-        QVERIFY(found.first()->isEnabledTo(page));
+        compareWidget(page);
+        QVERIFY(bench.widget<QWidget>(QTest::currentDataTag(), page)->isEnabledTo(page));
         QCOMPARE(page->windowTitle(), "Form");
     }
 

@@ -1,6 +1,7 @@
 #include "pages/status/form_info_status_indicator.h"
 #include "tests/support/bench.h"
 #include "tests/support/meta_object.h"
+#include "tests/support/widget_table.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -32,44 +33,31 @@ private slots:
 
     void widgetsAreThereWithTheirTexts_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("className");
-        QTest::addColumn<QString>("property");
-        QTest::addColumn<QString>("value");
-        const char *const rows[][4] = {
-            {"pushButton_firm_version", "QPushButton", "text", "固件版本"},
-            {"lineEdit_frim_version", "QLineEdit", "text", ""},
-            {"groupBox_2", "QGroupBox", "title", "蜂鸣(时间单位：50ms)"},
-            {"pushButton_beep", "QPushButton", "text", "蜂鸣"},
-            {"label_2", "QLabel", "text", "鸣叫时间"},
-            {"lineEdit_on_time", "QLineEdit", "text", "1"},
-            {"label_3", "QLabel", "text", "间隔时间"},
-            {"lineEdit_off_time", "QLineEdit", "text", "1"},
-            {"label_4", "QLabel", "text", "鸣叫次数"},
-            {"lineEdit_beep_times", "QLineEdit", "text", "3"},
-            {"groupBox", "QGroupBox", "title", "串口波特率设置"},
-            {"radioButton_baud_temp", "QRadioButton", "text", "设置临时波特率，立即生效，断电后恢复9600"},
-            {"radioButton_baud_default", "QRadioButton", "text", "设置读卡器默认波特率，立即生效，重新上电依然有效"},
-            {"label_5", "QLabel", "text", "设置为"},
-            {"comboBox_set_baud", "QComboBox", "currentText", "115200"},
-            {"pushButton_set_baud", "QPushButton", "text", "设置"},
-            {"label_6", "QLabel", "text", "注意：仅串口设备支持此操作，其它类型设备会直接返回成功"},
-        };
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << row[0] << row[1] << row[2] << row[3];
+        addWidgetRows({
+            {"pushButton_firm_version", "QPushButton", "固件版本"},
+            {"lineEdit_frim_version", "QLineEdit", ""},
+            {"groupBox_2", "QGroupBox", "蜂鸣(时间单位：50ms)"},
+            {"pushButton_beep", "QPushButton", "蜂鸣"},
+            {"label_2", "QLabel", "鸣叫时间"},
+            {"lineEdit_on_time", "QLineEdit", "1"},
+            {"label_3", "QLabel", "间隔时间"},
+            {"lineEdit_off_time", "QLineEdit", "1"},
+            {"label_4", "QLabel", "鸣叫次数"},
+            {"lineEdit_beep_times", "QLineEdit", "3"},
+            {"groupBox", "QGroupBox", "串口波特率设置"},
+            {"radioButton_baud_temp", "QRadioButton", "设置临时波特率，立即生效，断电后恢复9600"},
+            {"radioButton_baud_default", "QRadioButton", "设置读卡器默认波特率，立即生效，重新上电依然有效"},
+            {"label_5", "QLabel", "设置为"},
+            {"comboBox_set_baud", "QComboBox", "115200"},
+            {"pushButton_set_baud", "QPushButton", "设置"},
+            {"label_6", "QLabel", "注意：仅串口设备支持此操作，其它类型设备会直接返回成功"},
+        });
     }
 
     void widgetsAreThereWithTheirTexts()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, className);
-        QFETCH(QString, property);
-        QFETCH(QString, value);
         Bench bench;
-        const auto found = bench.page<Form_Info_Status_Indicator>()->findChildren<QWidget *>(name);
-        QCOMPARE(found.size(), 1);
-        QCOMPARE(found.first()->metaObject()->className(), className);
-        QCOMPARE(found.first()->property(property.toUtf8().constData()).toString(), value);
+        compareWidget(bench.page<Form_Info_Status_Indicator>());
     }
 
     void theBoxOffersFiveRatesAndTheTemporaryModeIsChecked()

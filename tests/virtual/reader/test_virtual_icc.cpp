@@ -317,6 +317,7 @@ void TestVirtualIcc::pcscReaderIsItsOneSlot()
     OpenDevice contactless(m_library, "Unifold Virtual Reader [Contactless] (TRAY0001) 00 01");
     for (const std::uint8_t slot : {sdk::kSlotContact, sdk::kSlotContactless, sdk::kSlotAutomatic, sdk::kSlotPsam1})
         QCOMPARE(powerOn(contact, slot), 0);
+    QCOMPARE(powerOn(contact, 0x77), static_cast<int>(kBadArgument));
     QCOMPARE(powerOn(contactless, sdk::kSlotContact), static_cast<int>(kCardError));
     QCOMPARE(probe(contact), static_cast<int>(kNotSupported));
     QCOMPARE(probe(contactless), 0);

@@ -116,7 +116,7 @@ void TestTray::keepsWhatWasThere()
         state.take(Slot::Antenna);
         state.beeps = 7;
         state.serial["VCOM1"] = {19200, 57600};
-        state.faults.push_back({{"call", "vek_open"}});
+        state.faults.push_back(Fault{3, FaultKind::Code, "vek_open", {}, 2, 5, 1, 0, 0xFF});
     });
     Tray again(world.tray().folder());
     const auto state = again.state();
@@ -125,6 +125,8 @@ void TestTray::keepsWhatWasThere()
     QCOMPARE(state->serial.at("VCOM1").inForce(), 57600);
     QCOMPARE(state->serial.at("VCOM1").stored, 19200);
     QCOMPARE(state->faults.size(), std::size_t{1});
+    QCOMPARE(state->faults.front().call, std::string("vek_open"));
+    QCOMPARE(state->faults.front().seen, std::uint64_t{1});
 }
 
 void TestTray::resetForgetsTheRest()

@@ -1,0 +1,93 @@
+#include "drivers/core/trace_mask.h"
+
+#include "drivers/core/call_shapes.h"
+#include "sdk/entry_point_table.h"
+
+#include <QtTest>
+
+using drivers::masked;
+using drivers::Secret;
+
+class TestTraceMask : public QObject {
+    Q_OBJECT
+
+private slots:
+    void masks_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("secret");
+        QTest::addColumn<QString>("shown");
+        const auto row = [](const char *name, const char *text, Secret secret, const char *shown) {
+            QTest::newRow(name) << text << int(secret) << shown;
+        };
+        row("no secret", "FFFFFFFFFFFF", Secret::None, "FFFFFFFFFFFF");
+        row("a key", "FFFFFFFFFFFF", Secret::All, "************");
+        row("SELECT", "00A4040002DF01", Secret::Command, "00A4040002DF01");
+        row("VERIFY", "0020008003123456", Secret::Command, "0020008003******");
+        row("VERIFY of another class", "8C20008003123456", Secret::Command, "8C20008003******");
+        row("VERIFY without data", "00200080", Secret::Command, "00200080");
+        row("VERIFY, extended", "00200080000003123456", Secret::Command, "0020008000**********");
+        row("CHANGE REFERENCE DATA", "0024000104AABBCCDD", Secret::Command, "0024000104********");
+        row("RESET RETRY COUNTER", "002C000104AABBCCDD", Secret::Command, "002C000104********");
+        row("ENVELOPE", "00C2000002AABB", Secret::Command, "00C2000002****");
+        row("no hexadecimal", "0g20", Secret::Command, "****");
+        row("track 2 in a record",
+            "7009570412345D205A0112"
+            "9000",
+            Secret::Answer, "70095704********5A01129000");
+        row("track 2 in a record cut short", "70205A0112570412345D9000", Secret::Answer, "70205A011257************");
+        row("no elements", "11223344559000", Secret::Answer, "11223344559000");
+        row("no track", "70035A01129000", Secret::Answer, "70035A01129000");
+        row("a status alone", "9000", Secret::Answer, "9000");
+        row("track 2 among letters", "A0041234D0061D2345E00499AB", Secret::Letters, "A0041234D006******E00499AB");
+        row("letters cut off", "D0991234", Secret::Letters, "D099****");
+        row("no letters", "text", Secret::Letters, "text");
+    }
+
+    void masks()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, secret);
+        QFETCH(QString, shown);
+        QCOMPARE(QString::fromStdString(masked(text.toStdString(), static_cast<Secret>(secret))), shown);
+    }
+
+    void onlyTrailersAreSecretBlocks()
+    {
+        QCOMPARE(masked("0011", Secret::Block, 5), std::string("0011"));
+        QCOMPARE(masked("0011", Secret::Block, 7), std::string("****"));
+    }
+
+    void everyCalledEntryPointHasAShape()
+    {
+        // A called one names as many parameters as its contract has.
+#define UNIFOLD_CHECK_CALLED(name, Contract)                                                                           \
+    QVERIFY2(drivers::findCallShape(#name) != nullptr, #name);                                                         \
+    QCOMPARE(parameters(*drivers::findCallShape(#name)), arity(static_cast<sdk::Contract *>(nullptr)));
+#define UNIFOLD_CHECK_UNCALLED(name)                                                                                   \
+    QVERIFY2(drivers::findCallShape(#name) == nullptr, #name);                                                         \
+    QVERIFY2(drivers::isEntryPoint(#name), #name);
+        UNIFOLD_ENTRY_POINTS(UNIFOLD_CHECK_CALLED, UNIFOLD_CHECK_UNCALLED)
+#undef UNIFOLD_CHECK_CALLED
+#undef UNIFOLD_CHECK_UNCALLED
+        QVERIFY(!drivers::isEntryPoint("vek_juggle"));
+        QVERIFY(!drivers::isEntryPoint(""));
+    }
+
+private:
+    template <class Result, class... Arguments>
+    static std::size_t arity(Result (*)(Arguments...))
+    {
+        return sizeof...(Arguments);
+    }
+    static std::size_t parameters(const drivers::CallShape &shape)
+    {
+        std::size_t count = 0;
+        while (count < shape.parameters.size() && shape.parameters.at(count).name != nullptr)
+            ++count;
+        return count;
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTraceMask)
+#include "test_trace_mask.moc"

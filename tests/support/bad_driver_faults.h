@@ -1,0 +1,23 @@
+// The faults of the bad drivers; each is a library of its own.
+#pragma once
+
+enum class Fault {
+    None,
+    WritesPastBuffer,
+    WritesBeforeBuffer,
+    LeavesOutNul,
+    GivesHugeLength,
+    GivesNoUtf8,
+    HasOwnCodes,
+    Crashes,
+    Aborts,
+    Hangs,
+    Exits,
+    AcceptsMadeUpHandles,
+    AcceptsClosedHandles,
+    IgnoresTimeout,
+    KeepsLists,
+    MiscountsDevices,
+    OpensAnything,
+    ReadsPastArgument,
+};
