@@ -33,8 +33,8 @@ constexpr char kVirtual[] = "libtarvovek.so";
 
 QString fresh(const QTemporaryDir &folder)
 {
-    const QString path = folder.filePath("tray");
-    drivers::tray::Tray(path.toStdString());
+    QString path = folder.filePath("tray");
+    const drivers::tray::Tray laidOut(path.toStdString());
     return path;
 }
 
