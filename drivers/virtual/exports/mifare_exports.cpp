@@ -13,7 +13,7 @@ int vek_mifare_request(sdk::DeviceHandle handle, int timeoutMs, char *type, char
             return kBadArgument;
         std::string foundType;
         std::string foundUid;
-        ReturnCode result = device.mifare.request(exports::milliseconds(timeoutMs), foundType, foundUid);
+        ReturnCode result = device.mifare.request(waitTime(timeoutMs), foundType, foundUid);
         if (result == kSuccess)
             result = copyText(type, sdk::kMifareTypeSize, foundType);
         return result == kSuccess ? copyText(uid, sdk::kMifareUidSize, foundUid) : result;

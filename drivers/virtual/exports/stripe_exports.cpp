@@ -70,6 +70,6 @@ int vek_msr_write(sdk::DeviceHandle handle, int selection, int, const char *trac
         const auto third = trackArgument(track3);
         if (!first || !second || !third)
             return kBadArgument;
-        return device.stripe.write(selection, {*first, *second, *third}, exports::milliseconds(timeoutMs));
+        return device.stripe.write(selection, {*first, *second, *third}, waitTime(timeoutMs));
     });
 }

@@ -8,6 +8,7 @@
 
 #include <fstream>
 
+using namespace drivers;
 using namespace drivers::cards;
 
 namespace {
