@@ -214,6 +214,7 @@ void TestTrayPanel::showsAndClearsFaults()
 {
     QVERIFY(!find<QPushButton>("pushButton_clear_faults").isEnabled());
     drivers::tray::Fault refused;
+    refused.id = 2;
     refused.call = "vek_beep";
     refused.value = -5;
     drivers::tray::Fault unplugged;
@@ -270,6 +271,7 @@ void TestTrayPanel::isDrivenByKeyboard()
     QCOMPARE(text("label_message"), QString());
 
     drivers::tray::Fault unplugged;
+    unplugged.id = 1;
     unplugged.kind = drivers::tray::FaultKind::Unplugged;
     m_tray->update([&](TrayState &state) { state.faults = {unplugged}; });
     QTRY_VERIFY(find<QPushButton>("pushButton_clear_faults").isEnabled());
