@@ -107,7 +107,8 @@ private slots:
         MainWindow window;
         window.show();
         auto *dialog = window.findChild<Dialog_idc_image_display *>();
-        QVERIFY(dialog != nullptr);
+        if (dialog == nullptr)
+            QFAIL("no dialog");
         QVERIFY(dialog->isVisible());
         window.move(60, 40);
         QTRY_COMPARE(dialog->pos(), QPoint(60 + window.width(), 40));

@@ -80,7 +80,11 @@ for signal in INT TERM HUP; do
     kill -"$signal" "$bench_pid"
     wait_for "the end after SIG$signal" bench_ended
     [ ! -e "$HOME/vek_idcard_images" ] || fail "the picture folder outlived SIG$signal"
-    wait "$bench_pid" || fail "SIG$signal gave the exit code $?"
+    wait "$bench_pid" || {
+        status=$?
+        cat "$world/err" >&2
+        fail "SIG$signal gave the exit code $status"
+    }
     [ "$signal" = HUP ] || start_bench
 done
 
