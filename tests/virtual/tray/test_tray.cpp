@@ -3,8 +3,9 @@
 #include "drivers/virtual/tray/schema_check.h"
 #include "tests/virtual/support/tray_world.h"
 
-#include <QtTest>
+#include <QTest>
 
+#include <array>
 #include <csignal>
 #include <fstream>
 #include <sys/wait.h>
@@ -232,18 +233,14 @@ void TestTray::seesEveryChangeOfAnother()
 void TestTray::losesNoChangeOfSeveralPrograms()
 {
     TrayWorld world;
-    constexpr int kRounds = 100;
+    constexpr std::uint64_t kRounds = 100;
     const auto count = [folder = world.tray().folder()] {
         Tray tray(folder);
-        for (int i = 0; i < kRounds; ++i)
+        for (std::uint64_t i = 0; i < kRounds; ++i)
             tray.update([](TrayState &state) { ++state.beeps; });
     };
-    std::vector<pid_t> children;
-    for (int i = 0; i < 2; ++i)
-        children.push_back(inChild(count));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i)
-        threads.emplace_back(count);
+    const std::array<pid_t, 2> children{inChild(count), inChild(count)};
+    std::array<std::thread, 2> threads{std::thread(count), std::thread(count)};
     for (std::thread &thread : threads)
         thread.join();
     for (const pid_t child : children) {
@@ -251,7 +248,7 @@ void TestTray::losesNoChangeOfSeveralPrograms()
         QCOMPARE(::waitpid(child, &status, 0), child);
         QCOMPARE(status, 0);
     }
-    QCOMPARE(world.tray().state()->beeps, std::uint64_t{4 * kRounds});
+    QCOMPARE(world.tray().state()->beeps, 4 * kRounds);
 }
 
 void TestTray::writesCardsWholeUnderKill()
