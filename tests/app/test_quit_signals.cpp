@@ -53,6 +53,19 @@ private slots:
         QCOMPARE(loopEndedBy(signal), 0);
     }
 
+    void aBlockingCallReturnsFirst()
+    {
+        bool returned = false;
+        QTimer::singleShot(0, [&returned] {
+            std::raise(SIGTERM);
+            std::raise(SIGINT);
+            QTest::qSleep(50);
+            returned = true;
+        });
+        QCOMPARE(QCoreApplication::exec(), 0);
+        QVERIFY(returned);
+    }
+
     void aClosedStandardOutputEndsNothing() { QCOMPARE(std::raise(SIGPIPE), 0); }
 
     /// A call of a driver that looks at errno may be what the signal came into.
