@@ -360,7 +360,12 @@ private slots:
         bench.press("pushButton_pboc_readinfo", page);
         QCOMPARE(Bench::calls(), QStringList({"vek_pboc_get_card_info(1A2B, 0x02, 5000, \"A000000333\", \"ACDEIJ\", "
                                               "&0, char[1024], &0, 0x01)"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] taglist=[ACDEIJ]",
+                                           "[IC卡] vek_pboc_get_card_info return[0x0] (assert 0)", "[IC卡] info=[]"}));
+        bench.forget();
         bench.press("pushButton_pboc_taglist_whole", page);
+        QVERIFY(bench.log().isEmpty());
+        QVERIFY(Bench::calls().isEmpty());
         QCOMPARE(bench.widget<QLineEdit>("lineEdit_pboc_taglist", page)->text(), "ABCDEFGHIJKLMNOPQ");
     }
 
@@ -390,10 +395,13 @@ private slots:
         auto *page = bench.page<Form_CPU_Iccard>();
         recorder().vek_pboc_get_card_info = [](auto, auto, auto, auto, auto, auto, auto, auto, auto) { return 2; };
         recorder().vek_pboc_get_arqc = [](auto, auto, auto, auto, auto, auto, auto, auto, auto, auto) { return 3; };
+        const QString transaction = bench.widget<QLineEdit>("lineEdit_pboc_arqc", page)->text();
         bench.press("pushButton_pboc_readinfo", page);
-        QCOMPARE(bench.log().last(), "[IC卡] vek_pboc_get_card_info return[0x2] (assert 0)");
         bench.press("pushButton_pboc_arqc", page);
-        QCOMPARE(bench.log().last(), "[IC卡] vek_pboc_get_arqc return[0x3] (assert 0)");
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] taglist=[ABCDEFGHIJKLMNOPQ]",
+                                           "[IC卡] vek_pboc_get_card_info return[0x2] (assert 0)", kSeparator,
+                                           "[IC卡] txdata=[" + transaction + "]",
+                                           "[IC卡] vek_pboc_get_arqc return[0x3] (assert 0)"}));
     }
 
     void timeoutOf70SecondsWrapsForPbocOnly()
@@ -405,10 +413,19 @@ private slots:
         bench.press("pushButton_pboc_arqc", page);
         bench.press("pushButton_pboc_readinfo", page);
         bench.press("pushButton_cpucard_poweron", page);
-        QCOMPARE(Bench::calls().size(), 3);
-        QVERIFY(Bench::calls().at(0).startsWith("vek_pboc_get_arqc(1A2B, 0x02, 4464, "));
-        QVERIFY(Bench::calls().at(1).startsWith("vek_pboc_get_card_info(1A2B, 0x02, 4464, "));
-        QVERIFY(Bench::calls().at(2).startsWith("vek_icc_poweron(1A2B, 0x02, 70000, "));
+        const QString transaction = bench.widget<QLineEdit>("lineEdit_pboc_arqc", page)->text();
+        QCOMPARE(Bench::calls(),
+                 QStringList({"vek_pboc_get_arqc(1A2B, 0x02, 4464, \"A000000333\", 10, \"" + transaction +
+                                  "\", 94, char[1024], &0, 0x00)",
+                              "vek_pboc_get_card_info(1A2B, 0x02, 4464, \"A000000333\", \"ABCDEFGHIJKLMNOPQ\", &0, "
+                              "char[1024], &0, 0x01)",
+                              "vek_icc_poweron(1A2B, 0x02, 70000, char[256], &0)"}));
+        QCOMPARE(bench.log(),
+                 QStringList({kSeparator, "[IC卡] txdata=[" + transaction + "]",
+                              "[IC卡] vek_pboc_get_arqc return[0x0] (assert 0)", "[IC卡] ARQC=[]", kSeparator,
+                              "[IC卡] taglist=[ABCDEFGHIJKLMNOPQ]",
+                              "[IC卡] vek_pboc_get_card_info return[0x0] (assert 0)", "[IC卡] info=[]", kSeparator,
+                              "[IC卡] vek_icc_poweron return[0x0] (assert 0)", "[IC卡] ATR = []"}));
     }
 
     void threeButtonsAreInert_data()
