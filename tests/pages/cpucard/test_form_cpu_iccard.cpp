@@ -370,6 +370,7 @@ private slots:
         bench.forget();
         bench.press("pushButton_pboc_taglist_whole", page);
         QVERIFY(bench.log().isEmpty());
+        QVERIFY(Bench::calls().isEmpty());
         QCOMPARE(bench.widget<QLineEdit>("lineEdit_pboc_taglist", page)->text(), "ABCDEFGHIJKLMNOPQ");
     }
 
