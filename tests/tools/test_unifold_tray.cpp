@@ -11,7 +11,6 @@
 
 #include <fstream>
 
-using drivers::tray::Slot;
 using drivers::tray::Tray;
 
 class TestUnifoldTray : public QObject {
