@@ -24,6 +24,8 @@ private slots:
     void swipes();
     void showsAndSets();
     void addsAndRemoves();
+    void takesOneTitleOrOneForEachLanguage_data();
+    void takesOneTitleOrOneForEachLanguage();
     void carriesDumps_data();
     void carriesDumps();
     void refusesBadDumps();
@@ -160,6 +162,36 @@ void TestUnifoldTray::addsAndRemoves()
     QCOMPARE(run({"remove", "mine"}), 0);
     QCOMPARE(cardIn("id"), QString());
     QCOMPARE(run({"remove", "mine"}), 1);
+}
+
+void TestUnifoldTray::takesOneTitleOrOneForEachLanguage_data()
+{
+    QTest::addColumn<QByteArray>("title");
+    QTest::addColumn<QString>("label"); // null: refused
+    QTest::newRow("text") << QByteArray(R"("One")") << QString("One");
+    QTest::newRow("each") << QByteArray(R"({"en": "One", "zh": "一"})") << QString("One");
+    QTest::newRow("no Chinese") << QByteArray(R"({"en": "One"})") << QString();
+    QTest::newRow("another language") << QByteArray(R"({"en": "One", "zh": "一", "de": "Eins"})") << QString();
+    QTest::newRow("number") << QByteArray("1") << QString();
+    QTest::newRow("number in a language") << QByteArray(R"({"en": 1, "zh": "一"})") << QString();
+}
+
+void TestUnifoldTray::takesOneTitleOrOneForEachLanguage()
+{
+    QFETCH(QByteArray, title);
+    QFETCH(QString, label);
+    // A card of each kind, since each has a schema of its own.
+    for (const char *slot : {"contact", "antenna", "id", "stripe"}) {
+        QCOMPARE(run({"show", cardIn(slot)}), 0);
+        QJsonObject card = object();
+        card["title"] = QJsonDocument::fromJson('[' + title + ']').array().first();
+        const int added = run({"add", "-", "--id", "mine", "--replace"}, QJsonDocument(card).toJson());
+        QCOMPARE(added, label.isNull() ? 1 : 0);
+        if (label.isNull())
+            QVERIFY2(m_errors.contains("title"), m_errors.constData());
+        else
+            QVERIFY(run({"list"}) == 0 && m_output.contains(label.toUtf8()));
+    }
 }
 
 void TestUnifoldTray::carriesDumps_data()
