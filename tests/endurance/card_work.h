@@ -23,9 +23,9 @@ struct Operation {
     Kind kind;
     std::uint8_t block = 0; ///< Mifare: the absolute block, of sector 0 or 1
     std::int32_t value = 0; ///< InitValue: the value; Increase, Decrease: the amount
-    std::string data;       ///< WriteBlock: 32 hexadecimal digits
+    std::string data = {};  ///< WriteBlock: 32 hexadecimal digits
     int selection = 0;      ///< WriteStripe: as in sdk::MsrWrite
-    std::array<std::string, 3> tracks;
+    std::array<std::string, 3> tracks = {};
 
     bool isStripe() const { return kind == Kind::WriteStripe; }
 };
