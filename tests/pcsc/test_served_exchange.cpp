@@ -49,12 +49,16 @@ private slots:
 
 private:
     std::unique_ptr<PcscDaemon> m_daemon;
+    std::unique_ptr<DriverApi> m_pcsc;
+    std::unique_ptr<DriverApi> m_virtual;
 };
 
 void TestServedExchange::initTestCase()
 {
     m_daemon = std::make_unique<PcscDaemon>();
     QVERIFY2(m_daemon->problem().isEmpty(), qPrintable(m_daemon->problem()));
+    m_pcsc = std::make_unique<DriverApi>("libtarvozent.so");
+    m_virtual = std::make_unique<DriverApi>("libtarvovek.so");
 }
 
 void TestServedExchange::bothDriversAnswerAlike_data()
@@ -144,10 +148,8 @@ void TestServedExchange::bothDriversAnswerAlike()
     const QTemporaryDir lent;
     const QTemporaryDir own;
     qputenv(tray::kTrayVariable, trayWith(own, card.constData()).toUtf8());
-    DriverApi pcscApi("libtarvozent.so");
-    DriverApi virtualApi("libtarvovek.so");
-    DriverSession overPcsc(pcscApi, kReader0);
-    DriverSession onVirtualReader(virtualApi, kVirtualReader);
+    DriverSession overPcsc(*m_pcsc, kReader0);
+    DriverSession onVirtualReader(*m_virtual, kVirtualReader);
     ServedCard served(UNIFOLD_TRAY_TOOL, trayWith(lent, card.constData()), card.constData());
     QVERIFY2(served.problem().isEmpty(), served.problem());
 
