@@ -18,12 +18,15 @@ namespace endurance {
 
 namespace {
 
-constexpr int kDefaultRounds = 100;
+constexpr int kDefaultRounds = 1000;
 constexpr int kLeastRounds = 20;
 constexpr int kPatienceMs = 4000;
 
 /// The smallest thing that can leak takes 24 bytes of the heap. Half of that in every round is none.
 constexpr std::size_t kHeapBytesPerRound = 12;
+
+/// What something that happens once, late, may keep.
+constexpr std::size_t kHeapBytesOnce = 1024;
 
 /// What fragmentation may add. A library that stays mapped is far larger.
 constexpr long kResidentKilobytes = 1024;
@@ -33,6 +36,7 @@ int entries(const char *folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
 }
 
+/// The C library counts what threads keep for their next requests as used: the tests switch that off (GLIBC_TUNABLES).
 std::size_t heapInUse()
 {
 #ifdef UNIFOLD_HAS_SANITIZER
@@ -68,7 +72,7 @@ QString whatGrew(const Figures &before, const Figures &after, std::size_t rounds
         return QStringLiteral("open files: %1, then %2").arg(before.files).arg(after.files);
     if (after.threads != before.threads)
         return QStringLiteral("threads: %1, then %2").arg(before.threads).arg(after.threads);
-    if (after.heapBytes > before.heapBytes + rounds * kHeapBytesPerRound)
+    if (after.heapBytes > before.heapBytes + kHeapBytesOnce + rounds * kHeapBytesPerRound)
         return QStringLiteral("heap: %1 bytes, then %2").arg(before.heapBytes).arg(after.heapBytes);
 #ifndef UNIFOLD_HAS_SANITIZER // which holds back what was freed
     if (after.residentKilobytes > before.residentKilobytes + kResidentKilobytes)
@@ -107,16 +111,17 @@ QString runLoadRounds(const char *library, const std::function<void(int)> &round
     QElapsedTimer clock;
     clock.start();
     Figures settled{};
-    Figures last{};
     int done = 0;
     while (goesOn(done, clock)) {
         round(done);
         if (isLoaded(library))
             return QStringLiteral("%1 stays in memory after round %2").arg(library).arg(done);
-        last = Figures::now();
-        if (++done == settling)
-            tell(library, done, settled = last);
+        if (++done == settling) {
+            tell(library, done, Figures::now());
+            settled = Figures::now(); // the first look made what looking and telling keep
+        }
     }
+    const Figures last = Figures::now();
     tell(library, done, last);
     return whatGrew(settled, last, static_cast<std::size_t>(done - settling));
 }

@@ -20,8 +20,8 @@ struct Figures {
 /// Whether a library of that file name is in memory.
 bool isLoaded(const char *library);
 
-/// Runs `round(i)` for i = 0, 1, ... until UNIFOLD_UNLOAD_ROUNDS, or 100 or fewer if they take long, are done, and
-/// writes the figures to the log. Each round has to leave no library of that name behind. The first quarter settles
+/// Runs `round(i)` for i = 0, 1, ... until UNIFOLD_UNLOAD_ROUNDS are done (without it 1000, or fewer if they take too
+/// long), and writes the figures to the log. No round may leave a library of that name behind. The first ones settle
 /// what is made once and kept: caches of the dynamic loader and of libraries that stay. Returns an empty text, or what
 /// grew from there on.
 QString runLoadRounds(const char *library, const std::function<void(int)> &round);

@@ -1,7 +1,7 @@
 // The PC/SC driver is loaded and unloaded beside the daemon, with a reader open or not and a card powered or not, while
 // another program's call waits in it.
 //
-//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it 100, or fewer if they take too long)
+//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it as many, or fewer if they take too long)
 #include "tests/endurance/child.h"
 #include "tests/endurance/load_rounds.h"
 #include "tests/endurance/writer_record.h"

@@ -1,6 +1,6 @@
 // The virtual driver is loaded and unloaded, with devices open or not, while another program's call waits in it.
 //
-//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it 100, or fewer if they take too long)
+//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it as many, or fewer if they take too long)
 #include "tests/endurance/card_work.h"
 #include "tests/endurance/child.h"
 #include "tests/endurance/load_rounds.h"
@@ -45,6 +45,13 @@ public:
     static void initMain() { qputenv("QTEST_FUNCTION_TIMEOUT", "86400000"); }
 
 private slots:
+    /// Before the others: nothing has been drawn yet, so no library that draws stays by itself.
+    void nothingStaysOfLoadingAlone()
+    {
+        const QString grown = runLoadRounds(kLibrary, [](int) { const DriverApi driver(kLibrary); });
+        QVERIFY2(grown.isEmpty(), qPrintable(grown));
+    }
+
     void nothingStays()
     {
         QTemporaryDir folder;

@@ -1,6 +1,6 @@
 // The PC/SC driver is loaded and unloaded where no daemon runs.
 //
-//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it 100, or fewer if they take too long)
+//   UNIFOLD_UNLOAD_ROUNDS=1000  that many rounds (without it as many, or fewer if they take too long)
 #include "tests/endurance/load_rounds.h"
 #include "tests/support/driver_api.h"
 
