@@ -23,6 +23,7 @@ public:
         int ends[2] = {-1, -1};
         posix_spawn_file_actions_t actions;
         std::vector<char *> arguments;
+        arguments.reserve(command.size() + 1);
         for (std::string &word : command)
             arguments.push_back(word.data());
         arguments.push_back(nullptr);

@@ -5,11 +5,11 @@
 #include "drivers/virtual/tray/embedded_files.h"
 #include "tests/endurance/card_work.h"
 #include "tests/endurance/disk_world.h"
+#include "tests/endurance/own_mounts.h"
 
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QtTest>
 
 #include <cstring>
@@ -249,56 +249,6 @@ private slots:
         QVERIFY(calls.count("vek_icc_status") < 30);
     }
 
-    void trayToolTellsTheReason_data()
-    {
-        QTest::addColumn<QStringList>("command");
-        QTest::addColumn<QString>("file");
-        const auto row = [](const QStringList &command, const char *file) {
-            QTest::newRow(qPrintable(command.join(' '))) << command << file;
-        };
-        row({"put", "file-card", "contact"}, "tray.json");
-        row({"take", "contact"}, "tray.json");
-        row({"swipe", kStripeCard}, "tray.json");
-        row({"power"}, "tray.json");
-        row({"set", kMifareCard, "/blocks/4", kNewBlock}, "mifare-wallet.json");
-        row({"remove", "psam-1"}, "tray.json");
-        row({"fault", "add", "code", "vek_beep", "--code", "-5"}, "tray.json");
-        row({"reset"}, "json");
-    }
-
-    void trayToolTellsTheReason()
-    {
-        QFETCH(const QStringList, command);
-        QFETCH(const QString, file);
-        DiskWorld world;
-        world.disk().fill();
-        const auto before = world.files();
-        QCOMPARE(runTool(command), 1);
-        QVERIFY2(m_errors.contains("No space left on device"), m_errors.constData());
-        QVERIFY2(m_errors.startsWith("unifold-tray: ") && m_errors.contains(file.toUtf8()), m_errors.constData());
-        QCOMPARE(m_errors.count('\n'), 1);
-        QVERIFY(world.files() == before);
-        QCOMPARE(runTool(QStringList("--json") + command), 1);
-        const QString error = QJsonDocument::fromJson(m_output).object()["error"].toString();
-        QVERIFY2(error.contains("No space left on device"), m_output.constData());
-        QCOMPARE(runTool({"status"}), 0);
-        world.disk().empty();
-        QCOMPARE(runTool(command), 0);
-        QVERIFY(world.files() != before || command == QStringList("reset"));
-    }
-
-    void resetCanBeRepeated()
-    {
-        DiskWorld world;
-        QCOMPARE(runTool({"set", kMifareCard, "/blocks/4", kNewBlock}), 0);
-        world.disk().fill();
-        QCOMPARE(runTool({"reset"}), 1);
-        QCOMPARE(runTool({"list"}), 0);
-        world.disk().empty();
-        QCOMPARE(runTool({"reset"}), 0);
-        QVERIFY(world.tray().card(kMifareCard)["blocks"][4] != kNewBlock);
-    }
-
 private:
     /// A device with the sector of the value blocks open and the contact card powered.
     static sdk::DeviceHandle opened(const DriverApi &driver, const char *name = nullptr)
@@ -351,27 +301,12 @@ private:
         tray.saveCard(tray.lock(), kMifareCard, card);
     }
 
-    int runTool(const QStringList &arguments)
-    {
-        QProcess tool;
-        tool.start(UNIFOLD_TRAY_TOOL, arguments);
-        if (!tool.waitForFinished() || tool.exitStatus() != QProcess::NormalExit)
-            return -1;
-        m_output = tool.readAllStandardOutput();
-        m_errors = tool.readAllStandardError();
-        return tool.exitCode();
-    }
-
     std::string m_problem;
     nlohmann::json m_stripe;
-    QByteArray m_output;
-    QByteArray m_errors;
 };
 
 int main(int argc, char **argv)
 {
-    TestFullDisk test(enterOwnMounts());
-    QCoreApplication application(argc, argv);
-    return QTest::qExec(&test, argc, argv);
+    return runOnOwnMounts<TestFullDisk>(argc, argv);
 }
 #include "test_full_disk.moc"

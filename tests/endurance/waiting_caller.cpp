@@ -1,4 +1,4 @@
-// waiting_caller <library> <device> <slot>: powers a card on that is not there yet, waiting for a minute. Writes a
+// waiting_caller <library> <device> <slot>: powers a card on that is not there yet, waiting for ten minutes. Writes a
 // record before and one with the result. An empty device is the default one.
 #include "tests/endurance/writer_record.h"
 #include "tests/support/driver_api.h"
@@ -13,7 +13,7 @@ using endurance::WriterRecord;
 
 namespace {
 
-constexpr std::uint32_t kTimeoutMs = 60000;
+constexpr std::uint32_t kTimeoutMs = 600000;
 
 void record(std::uint32_t kind, int code)
 {
