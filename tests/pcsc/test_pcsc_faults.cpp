@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <functional>
+
 #include <winscard.h>
 
 using namespace testsupport;
@@ -65,6 +67,8 @@ private slots:
     void cardThatStaysSilent();
     void cardHeldExclusively();
     void cardInAnothersTransaction();
+    void powerInAnothersTransaction();
+    void shortTransactionIsWaitedFor();
     void cardResetByAnother();
     void daemonStoppedAndRestarted();
     void daemonRestartedUnnoticed();
@@ -220,6 +224,56 @@ void TestPcscFaults::cardInAnothersTransaction()
         QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
     }
     QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
+}
+
+// The driver may not cut the power then, but neither may it lose its hold of the card.
+void TestPcscFaults::powerInAnothersTransaction()
+{
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    {
+        OtherProgram other(SCARD_SHARE_SHARED);
+        QVERIFY(other.connected);
+        QCOMPARE(SCardBeginTransaction(other.card), LONG{SCARD_S_SUCCESS});
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(session.powerOff(), int(kCardBusy));
+        QCOMPARE(session.status(), int(kCardPowered));
+        QCOMPARE(session.powerOn(500).code, int(kCardBusy));
+        QCOMPARE(session.status(), int(kCardPowered));
+        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(SCardEndTransaction(other.card, SCARD_LEAVE_CARD), LONG{SCARD_S_SUCCESS});
+        QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
+        QCOMPARE(session.powerOff(), int(kSuccess));
+    }
+    // Nothing of the driver's is left that holds the card.
+    const OtherProgram other(SCARD_SHARE_EXCLUSIVE);
+    QVERIFY(other.connected);
+}
+
+void TestPcscFaults::shortTransactionIsWaitedFor()
+{
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QTRY_COMPARE(session.status(), int(kCardPresent));
+    OtherProgram other(SCARD_SHARE_SHARED);
+    QVERIFY(other.connected);
+    const auto during = [&](const std::function<int()> &call) {
+        if (SCardBeginTransaction(other.card) != SCARD_S_SUCCESS)
+            return int(kTransportFailure);
+        std::thread end([&] {
+            QThread::msleep(200);
+            SCardEndTransaction(other.card, SCARD_LEAVE_CARD);
+        });
+        const int code = call();
+        end.join();
+        return code;
+    };
+    QCOMPARE(during([&] { return session.powerOn().code; }), int(kSuccess));
+    QCOMPARE(during([&] { return session.apdu("00A40000").code; }), int(kSuccess));
+    QCOMPARE(during([&] { return session.powerOff(); }), int(kSuccess));
+    QCOMPARE(session.status(), int(kCardPresent));
 }
 
 void TestPcscFaults::cardResetByAnother()
