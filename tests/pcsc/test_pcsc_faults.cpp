@@ -72,6 +72,7 @@ private slots:
     void cardResetByAnother();
     void daemonStoppedAndRestarted();
     void daemonRestartedUnnoticed();
+    void readerGone();
     void daemonStoppedDuringAWait();
     void daemonStoppedDuringACommand();
     void closedDuringAWait();
@@ -347,6 +348,44 @@ void TestPcscFaults::daemonRestartedUnnoticed()
     QCOMPARE(session.powerOn().code, int(kSuccess));
     QCOMPARE(idle.powerOn().code, int(kSuccess));
     QCOMPARE(idle.apdu("00A40000").code, int(kSuccess));
+}
+
+// The daemon runs and knows another reader, but this one no more.
+void TestPcscFaults::readerGone()
+{
+    if (!mayStopDaemon())
+        return;
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    m_daemon->stop();
+    QVERIFY2(m_daemon->startWithOtherReader(), qPrintable(m_daemon->problem()));
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(session.apdu("00A40000").code, int(kReaderGone));
+    QCOMPARE(session.apdu("00A40000").code, int(kReaderGone));
+    QCOMPARE(session.status(), int(kReaderGone));
+    QCOMPARE(session.powerOn(1000).code, int(kReaderGone));
+    QCOMPARE(session.powerOff(), int(kReaderGone));
+    std::uint8_t state = 9;
+    std::uint8_t type = 9;
+    QCOMPARE(m_api->vek_probe_rf(session.handle, &state, &type), int(kReaderGone));
+    QCOMPARE(int(state), 9);
+    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_api->vek_open(kReader0, 0, 0), std::intptr_t(0));
+    const DriverSession other(*m_api, nullptr);
+    QCOMPARE(other.status(), int(kCardAbsent));
+    char *list = nullptr;
+    QCOMPARE(m_api->vek_enum_devices(sdk::kTransportPcsc, &list), 2);
+    QCOMPARE(QByteArray(list), QByteArray("Other PCD 00 00|Other PCD 00 01|"));
+    m_api->vek_free_list(list);
+
+    m_daemon->stop();
+    QVERIFY2(m_daemon->start(), qPrintable(m_daemon->problem()));
+    card = insertCard();
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
+    QCOMPARE(other.status(), int(kReaderGone));
 }
 
 void TestPcscFaults::daemonStoppedDuringAWait()
