@@ -1,8 +1,7 @@
 #include "drivers/pcsc/pcsc_channel.h"
 
-#include "drivers/core/command_apdu.h"
+#include "drivers/core/t0_exchange.h"
 #include "drivers/core/trace.h"
-#include "drivers/pcsc/t0_exchange.h"
 
 #include <algorithm>
 #include <array>
@@ -73,8 +72,6 @@ bool PcscChannel::isAlive()
 ReturnCode PcscChannel::transmit(const Bytes &command, Bytes &reply)
 {
     reply.clear();
-    if (command.size() < kApduHeaderSize || command.size() > kApduMaxSize)
-        return kBadArgument;
     if (!m_connected)
         return kNotPowered;
     const auto once = [this](const Bytes &tpdu, Bytes &answer) { return exchangeOnce(tpdu, answer); };

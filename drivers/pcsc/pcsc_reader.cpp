@@ -92,8 +92,6 @@ ReturnCode PcscReader::powerOn(milliseconds timeout, Bytes &atr)
     std::optional<Clock::time_point> silentUntil;
     for (;;) {
         const ReturnCode waited = waitForCard(deadline);
-        if (waited == kTimeout && timeout.count() == 0)
-            return kNoCard;
         if (waited != kSuccess)
             return waited;
         const LONG result = m_channel.connect(atr);
