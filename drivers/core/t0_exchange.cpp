@@ -13,6 +13,8 @@ constexpr std::uint8_t kInsEnvelope = 0xC2;
 constexpr std::size_t kMaxSegment = 255;
 // The longest reply that an extended Le can ask for.
 constexpr std::size_t kMaxReplyData = 65536;
+// That in pieces of 256 bytes, and some to spare: a card that gives byte by byte would keep its caller for minutes.
+constexpr int kMaxRounds = 300;
 
 struct StatusWord {
     std::uint8_t sw1;
@@ -43,13 +45,11 @@ ReturnCode fetch(const RawExchange &raw, Bytes tpdu, Bytes &reply)
 ReturnCode collectResponse(const RawExchange &raw, std::uint8_t cla, Bytes &reply)
 {
     Bytes data;
-    bool first = true;
-    while (statusOf(reply).sw1 == 0x61) {
+    for (int round = 0; statusOf(reply).sw1 == 0x61; ++round) {
         data.insert(data.end(), reply.begin(), reply.end() - 2);
-        const bool stalled = !first && reply.size() == 2;
-        if (stalled || data.size() > kMaxReplyData)
+        const bool stalled = round > 0 && reply.size() == 2;
+        if (stalled || round == kMaxRounds || data.size() > kMaxReplyData)
             return kCardError;
-        first = false;
         const ReturnCode result = fetch(raw, {cla, kInsGetResponse, 0, 0, statusOf(reply).sw2}, reply);
         if (result != kSuccess)
             return result;

@@ -139,6 +139,16 @@ void TestT0Exchange::refusesPromisesWithoutEnd()
     };
     QCOMPARE(exchangeT0(endless, {0x00, 0xB0, 0x00, 0x00, 0x00}, answer), kCardError);
     QVERIFY(answer.empty());
+
+    asked = 0;
+    const auto byteByByte = [&](const Bytes &, Bytes &reply) {
+        ++asked;
+        reply = {0x55, 0x61, 0x01};
+        return kSuccess;
+    };
+    QCOMPARE(exchangeT0(byteByByte, {0x00, 0xB0, 0x00, 0x00, 0x00}, answer), kCardError);
+    QVERIFY(answer.empty());
+    QVERIFY2(asked <= 301, qPrintable(QString::number(asked)));
 }
 
 void TestT0Exchange::refusesRepliesWithoutStatus()

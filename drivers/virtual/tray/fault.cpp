@@ -66,7 +66,7 @@ json toJson(const Fault &fault)
                      {"kind", faultKindName(fault.kind)},
                      {"from", fault.from},
                      {"times", fault.times},
-                     {"seen", fault.seen}};
+                     {"seen", writtenCount(fault.seen)}};
     if (!fault.call.empty())
         document["call"] = fault.call;
     if (!fault.slot.empty())

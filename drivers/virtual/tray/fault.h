@@ -2,6 +2,7 @@
 // and applies them.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -9,6 +10,15 @@
 #include <string_view>
 
 namespace drivers::tray {
+
+/// The largest count that can be read back from tray.json, whose schema knows 64 bits with a sign only.
+constexpr std::uint64_t kMostCount = 0x7FFFFFFFFFFFFFFF;
+
+/// A count as it is written: one that has come to the end stays there.
+constexpr std::uint64_t writtenCount(std::uint64_t count)
+{
+    return std::min(count, kMostCount);
+}
 
 enum class FaultKind {
     Code,      ///< the call is not carried out and returns a code

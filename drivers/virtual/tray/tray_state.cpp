@@ -15,7 +15,7 @@ json slotsToJson(const TrayState &state)
     for (const Slot slot : kAllSlots) {
         const SlotContent &content = state.at(slot);
         if (!content.card.empty())
-            slots[std::string(slotName(slot))] = {{"card", content.card}, {"inserted", content.inserted}};
+            slots[std::string(slotName(slot))] = {{"card", content.card}, {"inserted", writtenCount(content.inserted)}};
     }
     return slots;
 }
@@ -24,7 +24,7 @@ json swipesToJson(const TrayState &state)
 {
     json swipes = json::array();
     for (const Swipe &swipe : state.swipes)
-        swipes.push_back({{"number", swipe.number}, {"card", swipe.card}, {"tracks", swipe.tracks}});
+        swipes.push_back({{"number", writtenCount(swipe.number)}, {"card", swipe.card}, {"tracks", swipe.tracks}});
     return swipes;
 }
 
@@ -143,11 +143,16 @@ TrayState stateFromJson(const json &document)
 
 json toJson(const TrayState &state)
 {
-    return {{"slots", slotsToJson(state)},      {"insertions", state.insertions},
-            {"powerCycles", state.powerCycles}, {"beeps", state.beeps},
-            {"beepMs", state.beepMs},           {"swipeCount", state.swipeCount},
-            {"swipes", swipesToJson(state)},    {"serial", serialToJson(state)},
-            {"faults", faultsToJson(state)},    {"keyboardMode", state.keyboardMode}};
+    return {{"slots", slotsToJson(state)},
+            {"insertions", writtenCount(state.insertions)},
+            {"powerCycles", writtenCount(state.powerCycles)},
+            {"beeps", writtenCount(state.beeps)},
+            {"beepMs", writtenCount(state.beepMs)},
+            {"swipeCount", writtenCount(state.swipeCount)},
+            {"swipes", swipesToJson(state)},
+            {"serial", serialToJson(state)},
+            {"faults", faultsToJson(state)},
+            {"keyboardMode", state.keyboardMode}};
 }
 
 } // namespace drivers::tray

@@ -71,6 +71,30 @@ private slots:
 #undef UNIFOLD_CHECK_UNCALLED
     }
 
+    /// tray.json can be edited by hand, past the check of the command.
+    void noFaultMakesDevicesOfNothing()
+    {
+        m_world->tray().update([](drivers::tray::TrayState &state) {
+            state.faults = {onCall(FaultKind::Code, "vek_enum_devices", 5), onCall(FaultKind::Code, "vek_open", 7)};
+            state.faults[0].id = 1;
+            state.faults[1].id = 2;
+        });
+        char *list = nullptr;
+        QCOMPARE(m_library.entry<sdk::EnumDevices>("vek_enum_devices")(sdk::kTransportUsb, &list), 0);
+        QVERIFY(list == nullptr);
+        QCOMPARE(m_library.entry<sdk::Open>("vek_open")(nullptr, 0, 0), std::intptr_t{0});
+    }
+
+    void noFaultAfterTheLastNumber()
+    {
+        m_world->tray().update([](drivers::tray::TrayState &state) {
+            state.faults = {onCall(FaultKind::Code, "vek_beep", -5)};
+            state.faults.front().id = 0x7FFFFFFFFFFFFFFF;
+        });
+        QVERIFY_EXCEPTION_THROWN(add(onCall(FaultKind::Code, "vek_beep", -6)), std::runtime_error);
+        QCOMPARE(m_world->tray().state()->faults.size(), std::size_t{1});
+    }
+
     void openingAndListingFail()
     {
         add(onCall(FaultKind::Code, "vek_open", 0, 1, 1));

@@ -81,6 +81,7 @@ private slots:
     void refusesACardThatDoesNotFitItsSlot();
     void cardLiesInOneSlotOnly();
     void seesEveryChangeOfAnother();
+    void countsNoFurtherThanItCanRead();
     void losesNoChangeOfSeveralPrograms();
     void writesCardsWholeUnderKill();
 };
@@ -338,6 +339,32 @@ void TestTray::seesEveryChangeOfAnother()
             other.update([count, twice](TrayState &state) { state.beeps = 2 * count + (twice != 0 ? 1U : 0U); });
         QCOMPARE(world.tray().state()->beeps, 2 * count + 1);
     }
+}
+
+void TestTray::countsNoFurtherThanItCanRead()
+{
+    constexpr std::uint64_t kMost = 0x7FFFFFFFFFFFFFFF;
+    TrayWorld world;
+    world.tray().update([](TrayState &state) {
+        state.insertions = state.powerCycles = state.beeps = state.beepMs = state.swipeCount = kMost;
+        state.faults.push_back({1, FaultKind::Code, "vek_beep", "", kMost, 1, kMost - 1});
+    });
+    world.tray().update([](TrayState &state) {
+        state.put(Slot::Contact, "file-card");
+        state.cyclePower();
+        state.beepMs += 50;
+        ++state.beeps;
+        state.swipe("stripe-empty", {});
+        for (int i = 0; i < 3; ++i)
+            state.faults.front().strike();
+    });
+    const auto state = world.tray().state();
+    QCOMPARE(state->at(Slot::Contact).inserted, kMost);
+    QCOMPARE(state->swipes.back().number, kMost);
+    QCOMPARE(state->faults.front().seen, kMost);
+    for (const std::uint64_t count :
+         {state->insertions, state->powerCycles, state->beeps, state->beepMs, state->swipeCount})
+        QCOMPARE(count, kMost);
 }
 
 void TestTray::losesNoChangeOfSeveralPrograms()
