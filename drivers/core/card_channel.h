@@ -5,6 +5,8 @@
 #include "drivers/core/bytes.h"
 #include "drivers/core/return_codes.h"
 
+#include <functional>
+
 namespace drivers {
 
 /// A powered card.
@@ -16,5 +18,11 @@ public:
     /// completed by the channel, so the caller sees the merged reply. On any code but kSuccess `reply` is empty.
     virtual ReturnCode transmit(const Bytes &command, Bytes &reply) = 0;
 };
+
+/// What is to be done on a powered card.
+using CardJob = std::function<ReturnCode(CardChannel &)>;
+
+/// Runs a job on the card of a call. A driver's own part of each call: which card it is, and what becomes of its power.
+using RunOnCard = std::function<ReturnCode(const CardJob &job)>;
 
 } // namespace drivers

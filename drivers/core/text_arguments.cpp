@@ -1,5 +1,6 @@
 #include "drivers/core/text_arguments.h"
 
+#include "drivers/core/command_apdu.h"
 #include "sdk/contracts.h"
 
 #include <cstring>
@@ -24,15 +25,17 @@ std::optional<Bytes> hexArgument(const char *text, std::size_t length)
     return fromHex({text, length});
 }
 
-ReturnCode exchangeApduText(CardChannel &card, const char *command, std::uint32_t commandLength, char *reply,
+ReturnCode exchangeApduText(const RunOnCard &run, const char *command, std::uint32_t commandLength, char *reply,
                             std::uint32_t *replyLength)
 {
     const std::optional<Bytes> bytes = hexArgument(command, commandLength);
-    if (!bytes || reply == nullptr || replyLength == nullptr)
+    if (!bytes || bytes->size() < kApduHeaderSize || bytes->size() > kApduMaxSize)
+        return kBadArgument;
+    if (reply == nullptr || replyLength == nullptr)
         return kBadArgument;
 
     Bytes answer;
-    ReturnCode result = card.transmit(*bytes, answer);
+    ReturnCode result = run([&](CardChannel &card) { return card.transmit(*bytes, answer); });
     if (result == kSuccess)
         result = copyText(reply, sdk::kApduReplySize, toHex(answer));
     if (result == kSuccess)

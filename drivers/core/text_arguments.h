@@ -42,9 +42,10 @@ std::optional<Array> exactHexArgument(const char *text)
     return out;
 }
 
-/// vek_icc_apdu over a powered card: hexadecimal text in, hexadecimal text out into `reply` (sdk::kApduReplySize
-/// bytes), its length without the NUL into `replyLength`. On any code but kSuccess both outputs are left as they were.
-ReturnCode exchangeApduText(CardChannel &card, const char *command, std::uint32_t commandLength, char *reply,
+/// vek_icc_apdu over the card that `run` reaches: hexadecimal text in, hexadecimal text out into `reply`
+/// (sdk::kApduReplySize bytes), its length without the NUL into `replyLength`. On any code but kSuccess both outputs
+/// are left as they were. Null pointers and what cannot be an APDU are kBadArgument, and the card is not asked then.
+ReturnCode exchangeApduText(const RunOnCard &run, const char *command, std::uint32_t commandLength, char *reply,
                             std::uint32_t *replyLength);
 
 /// Whether `slot` is one of the slot codes of sdk/contracts.h.

@@ -50,8 +50,8 @@ int vek_icc_apdu(sdk::DeviceHandle handle, std::uint8_t slot, const char *comman
                  char *reply, std::uint32_t *replyLength)
 {
     return withSlot(handle, slot, [&](PcscReader &reader) {
-        return reader.withCard(
-            [&](CardChannel &card) { return exchangeApduText(card, command, commandLength, reply, replyLength); });
+        const auto run = [&reader](const CardJob &job) { return reader.withCard(job); };
+        return exchangeApduText(run, command, commandLength, reply, replyLength);
     });
 }
 

@@ -1,8 +1,7 @@
 #include "drivers/pcsc/pcsc_channel.h"
 
-#include "drivers/core/command_apdu.h"
+#include "drivers/core/t0_exchange.h"
 #include "drivers/core/trace.h"
-#include "drivers/pcsc/t0_exchange.h"
 
 #include <algorithm>
 #include <array>
@@ -15,8 +14,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How long a command waits for another program's transaction. The call has no time-out of its own.
-constexpr std::chrono::milliseconds kTransactionPatience{1000};
 constexpr std::chrono::milliseconds kTransactionPause{5};
 // pcscd looks at its slots every 400 ms: only after that does it know that a card which stopped answering is gone.
 constexpr DWORD kRemovalNoticeMs = 1200;
@@ -30,34 +27,59 @@ PcscChannel::PcscChannel(PcscContext &context, std::string readerName)
 
 PcscChannel::~PcscChannel()
 {
-    disconnect(SCARD_UNPOWER_CARD);
+    if (cutPower(kTransactionPatience) != SCARD_S_SUCCESS)
+        drop();
 }
 
 LONG PcscChannel::connect(Bytes &atr)
 {
-    disconnect(SCARD_LEAVE_CARD);
+    drop();
     LONG result = SCardConnect(m_context.handle(), m_readerName.c_str(), SCARD_SHARE_SHARED, SCARD_PROTOCOL_ANY,
                                &m_card, &m_protocol);
     if (result != SCARD_S_SUCCESS)
         return result;
     m_connected = true;
 
-    std::array<std::uint8_t, MAX_ATR_SIZE> answer{};
-    DWORD size = answer.size();
-    result = SCardStatus(m_card, nullptr, nullptr, nullptr, nullptr, answer.data(), &size);
-    if (result == SCARD_S_SUCCESS)
-        atr.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size));
-    else
-        disconnect(SCARD_LEAVE_CARD);
+    result = statusOnceFree(kTransactionPatience, atr);
+    if (result != SCARD_S_SUCCESS)
+        drop();
     return result;
 }
 
-LONG PcscChannel::disconnect(DWORD disposition)
+LONG PcscChannel::cutPower(std::chrono::milliseconds patience)
 {
     if (!m_connected)
         return SCARD_S_SUCCESS;
+    // The daemon would let the disconnection wait for another's transaction, however long it takes.
+    Bytes atr;
+    const LONG result = statusOnceFree(patience, atr);
+    if (result == SCARD_E_SHARING_VIOLATION)
+        return result;
     m_connected = false;
-    return SCardDisconnect(m_card, disposition);
+    return SCardDisconnect(m_card, SCARD_UNPOWER_CARD);
+}
+
+void PcscChannel::drop()
+{
+    if (m_connected)
+        SCardDisconnect(m_card, SCARD_LEAVE_CARD);
+    m_connected = false;
+}
+
+// SCardStatus, put off while another program's transaction lasts.
+LONG PcscChannel::statusOnceFree(std::chrono::milliseconds patience, Bytes &atr)
+{
+    const Clock::time_point deadline = Clock::now() + patience;
+    for (;;) {
+        std::array<std::uint8_t, MAX_ATR_SIZE> answer{};
+        DWORD size = answer.size();
+        const LONG result = SCardStatus(m_card, nullptr, nullptr, nullptr, nullptr, answer.data(), &size);
+        if (result == SCARD_S_SUCCESS)
+            atr.assign(answer.begin(), answer.begin() + static_cast<std::ptrdiff_t>(size));
+        if (result != SCARD_E_SHARING_VIOLATION || Clock::now() >= deadline)
+            return result;
+        std::this_thread::sleep_for(kTransactionPause);
+    }
 }
 
 bool PcscChannel::isAlive()
@@ -66,15 +88,13 @@ bool PcscChannel::isAlive()
         return false;
     const LONG result = SCardStatus(m_card, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     if (result != SCARD_S_SUCCESS && result != SCARD_E_SHARING_VIOLATION)
-        disconnect(SCARD_LEAVE_CARD);
+        drop();
     return m_connected;
 }
 
 ReturnCode PcscChannel::transmit(const Bytes &command, Bytes &reply)
 {
     reply.clear();
-    if (command.size() < kApduHeaderSize || command.size() > kApduMaxSize)
-        return kBadArgument;
     if (!m_connected)
         return kNotPowered;
     const auto once = [this](const Bytes &tpdu, Bytes &answer) { return exchangeOnce(tpdu, answer); };
@@ -116,7 +136,7 @@ ReturnCode PcscChannel::exchangeOnce(const Bytes &tpdu, Bytes &reply)
         result = reasonOf(result);
     const ReturnCode code = returnCodeOf(result);
     if (code == kCardRemoved || code == kNoCard || code == kNotPowered || code == kReaderGone)
-        disconnect(SCARD_LEAVE_CARD);
+        drop();
     if (code == kReaderGone)
         m_context.release();
     return code;

@@ -4,6 +4,7 @@
 #include "drivers/core/card_channel.h"
 #include "drivers/pcsc/pcsc_context.h"
 
+#include <chrono>
 #include <string>
 
 namespace drivers {
@@ -16,11 +17,19 @@ public:
     PcscChannel(const PcscChannel &) = delete;
     PcscChannel &operator=(const PcscChannel &) = delete;
 
-    /// Connects to the card, shared with other programs, and gives its answer to reset.
+    /// How long a call waits for the end of another program's transaction.
+    static constexpr std::chrono::milliseconds kTransactionPatience{1000};
+
+    /// Connects to the card, shared with other programs, and gives its answer to reset. A transaction that another
+    /// program holds at that moment is waited for by the daemon, however long it takes.
     LONG connect(Bytes &atr);
 
-    /// Ends the connection; `disposition` is one of SCARD_LEAVE_CARD, SCARD_UNPOWER_CARD...
-    LONG disconnect(DWORD disposition);
+    /// Cuts the card's power and ends the connection. SCARD_E_SHARING_VIOLATION, and nothing is done, if another
+    /// program's transaction goes on for longer than `patience`.
+    LONG cutPower(std::chrono::milliseconds patience);
+
+    /// Ends the connection and leaves the card as it is. Never waits.
+    void drop();
 
     bool isConnected() const { return m_connected; }
 
@@ -32,6 +41,7 @@ public:
     ReturnCode transmit(const Bytes &command, Bytes &reply) override;
 
 private:
+    LONG statusOnceFree(std::chrono::milliseconds patience, Bytes &atr);
     LONG exchangeRaw(const Bytes &tpdu, Bytes &reply);
     ReturnCode exchangeOnce(const Bytes &tpdu, Bytes &reply);
     LONG reasonOf(LONG failure) const;

@@ -87,13 +87,13 @@ ReturnCode PcscReader::powerOn(milliseconds timeout, Bytes &atr)
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     const Clock::time_point deadline = Clock::now() + timeout;
-    m_channel.disconnect(SCARD_UNPOWER_CARD);
+    const LONG cut = m_channel.cutPower(std::min(timeout, PcscChannel::kTransactionPatience));
+    if (cut == SCARD_E_SHARING_VIOLATION)
+        return kCardBusy;
     m_mifare.forget();
     std::optional<Clock::time_point> silentUntil;
     for (;;) {
         const ReturnCode waited = waitForCard(deadline);
-        if (waited == kTimeout && timeout.count() == 0)
-            return kNoCard;
         if (waited != kSuccess)
             return waited;
         const LONG result = m_channel.connect(atr);
@@ -121,8 +121,8 @@ ReturnCode PcscReader::powerOff()
     const ReturnCode result = currentState(state);
     if (result != kSuccess)
         return result;
-    const LONG disconnected = m_channel.disconnect(SCARD_UNPOWER_CARD);
-    return hasCard(state) ? returnCodeOf(disconnected) : kNoCard;
+    const LONG cut = m_channel.cutPower(PcscChannel::kTransactionPatience);
+    return hasCard(state) ? returnCodeOf(cut) : kNoCard;
 }
 
 ReturnCode PcscReader::requestMifare(milliseconds timeout)
@@ -187,7 +187,8 @@ void PcscReader::close()
 {
     m_closed = true;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_channel.disconnect(SCARD_UNPOWER_CARD);
+    if (m_channel.cutPower(PcscChannel::kTransactionPatience) != SCARD_S_SUCCESS)
+        m_channel.drop();
     m_context.release();
 }
 
@@ -248,7 +249,7 @@ ReturnCode PcscReader::establish()
 
 void PcscReader::loseService()
 {
-    m_channel.disconnect(SCARD_LEAVE_CARD);
+    m_channel.drop();
     m_context.release();
 }
 

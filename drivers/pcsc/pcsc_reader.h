@@ -37,8 +37,7 @@ public:
     explicit PcscReader(std::string name);
 
     /// Powers the card on and gives its answer to reset; a card that is powered already is reset. Waits up to
-    /// `timeout` for a card: kTimeout if none came, kNoCard if there was nothing to wait for. kCardBusy at once if
-    /// another program holds the card exclusively.
+    /// `timeout` for a card: kTimeout if none came. kCardBusy at once if another program holds the card exclusively.
     ReturnCode powerOn(std::chrono::milliseconds timeout, Bytes &atr);
 
     /// kSuccess too if the card had not been powered on; kNoCard without a card.

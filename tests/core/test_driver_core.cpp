@@ -41,6 +41,11 @@ private:
     ReturnCode m_result;
 };
 
+RunOnCard on(CannedCard &card)
+{
+    return [&card](const CardJob &job) { return job(card); };
+}
+
 // The caller's reply buffer between two guards, filled so that every write shows.
 struct GuardedReply {
     GuardedReply() { bytes.fill('#'); }
@@ -200,7 +205,7 @@ void TestDriverCore::apduTextFillsTheReply()
     CannedCard card(Bytes(511, 0xA5));
     GuardedReply reply;
     std::uint32_t length = 0;
-    QCOMPARE(exchangeApduText(card, "00b0000000", 10, reply.text(), &length), kSuccess);
+    QCOMPARE(exchangeApduText(on(card), "00b0000000", 10, reply.text(), &length), kSuccess);
     QCOMPARE(card.lastCommand, (Bytes{0x00, 0xB0, 0x00, 0x00, 0x00}));
     QCOMPARE(length, 1022U);
     QCOMPARE(QByteArray(reply.text()), QByteArray("A5").repeated(511));
@@ -212,7 +217,7 @@ void TestDriverCore::apduTextRefusesWhatDoesNotFit()
     CannedCard card(Bytes(512, 0xA5));
     GuardedReply reply;
     std::uint32_t length = 77;
-    QCOMPARE(exchangeApduText(card, "00B0000000", 10, reply.text(), &length), kBufferTooSmall);
+    QCOMPARE(exchangeApduText(on(card), "00B0000000", 10, reply.text(), &length), kBufferTooSmall);
     QVERIFY(reply.untouched());
     QCOMPARE(length, 77U);
 }
@@ -222,11 +227,17 @@ void TestDriverCore::apduTextRefusesBadArguments()
     CannedCard card({0x90, 0x00});
     GuardedReply reply;
     std::uint32_t length = 0;
-    QCOMPARE(exchangeApduText(card, "00B000000", 9, reply.text(), &length), kBadArgument);
-    QCOMPARE(exchangeApduText(card, "00B0 00000", 10, reply.text(), &length), kBadArgument);
-    QCOMPARE(exchangeApduText(card, nullptr, 10, reply.text(), &length), kBadArgument);
-    QCOMPARE(exchangeApduText(card, "00B0000000", 10, nullptr, &length), kBadArgument);
-    QCOMPARE(exchangeApduText(card, "00B0000000", 10, reply.text(), nullptr), kBadArgument);
+    QCOMPARE(exchangeApduText(on(card), "00B000000", 9, reply.text(), &length), kBadArgument);
+    QCOMPARE(exchangeApduText(on(card), "00B0 00000", 10, reply.text(), &length), kBadArgument);
+    for (const char *noApdu : {"", "00", "00A404"})
+        QCOMPARE(exchangeApduText(on(card), noApdu, static_cast<std::uint32_t>(strlen(noApdu)), reply.text(), &length),
+                 kBadArgument);
+    const QByteArray tooLong = QByteArray("00").repeated(65545);
+    QCOMPARE(exchangeApduText(on(card), tooLong, static_cast<std::uint32_t>(tooLong.size()), reply.text(), &length),
+             kBadArgument);
+    QCOMPARE(exchangeApduText(on(card), nullptr, 10, reply.text(), &length), kBadArgument);
+    QCOMPARE(exchangeApduText(on(card), "00B0000000", 10, nullptr, &length), kBadArgument);
+    QCOMPARE(exchangeApduText(on(card), "00B0000000", 10, reply.text(), nullptr), kBadArgument);
     QVERIFY(card.lastCommand.empty());
     QVERIFY(reply.untouched());
 }
@@ -236,7 +247,7 @@ void TestDriverCore::apduTextPassesTheCardsFailure()
     CannedCard card({}, kCardRemoved);
     GuardedReply reply;
     std::uint32_t length = 0;
-    QCOMPARE(exchangeApduText(card, "00B0000000", 10, reply.text(), &length), kCardRemoved);
+    QCOMPARE(exchangeApduText(on(card), "00B0000000", 10, reply.text(), &length), kCardRemoved);
     QVERIFY(reply.untouched());
 }
 

@@ -3,7 +3,9 @@
 #include "drivers/pcsc/pcsc_context.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include <fcntl.h>
@@ -34,12 +36,15 @@ bool daemonAnswers()
     return context.establish() == SCARD_S_SUCCESS;
 }
 
-bool hasVirtualReader()
+// A reader is there when its second slot is, which comes last.
+bool hasReader(const char *firstSlot)
 {
+    std::string lastSlot = firstSlot;
+    lastSlot.back() = '1';
     drivers::PcscContext context;
     std::vector<std::string> names;
     return context.establish() == SCARD_S_SUCCESS && context.listReaders(names) == SCARD_S_SUCCESS &&
-           std::count(names.begin(), names.end(), kReader0) + std::count(names.begin(), names.end(), kReader1) == 2;
+           std::count(names.begin(), names.end(), firstSlot) + std::count(names.begin(), names.end(), lastSlot) == 2;
 }
 
 } // namespace
@@ -52,7 +57,7 @@ PcscDaemon::PcscDaemon() : m_lock(open(kLockFile, O_CREAT | O_RDWR | O_CLOEXEC, 
     }
     if (!daemonAnswers())
         start();
-    else if (!waitForReaders(kStopMs))
+    else if (!waitForReader(kReader0, kStopMs))
         m_problem = QStringLiteral("a pcscd runs, but without the reader \"%1\": install vsmartcard-vpcd and restart "
                                    "that pcscd, or stop it")
                         .arg(QLatin1String(kReader0));
@@ -67,6 +72,25 @@ PcscDaemon::~PcscDaemon()
 
 bool PcscDaemon::start()
 {
+    return launch({}, kReader0);
+}
+
+bool PcscDaemon::startWithOtherReader()
+{
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("other"));
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    file.write("FRIENDLYNAME \"Other PCD\"\n"
+               "DEVICENAME /dev/null:0x8D7B\n"
+               "LIBPATH /usr/lib/pcsc/drivers/serial/libifdvpcd.so\n"
+               "CHANNELID 0x8D7B\n");
+    file.close();
+    return launch({QStringLiteral("--config"), folder.path()}, kOtherReader);
+}
+
+bool PcscDaemon::launch(const QStringList &options, const char *reader)
+{
     m_problem.clear();
     const QString program = QStandardPaths::findExecutable(QStringLiteral("pcscd"), {QStringLiteral("/usr/sbin")});
     if (program.isEmpty()) {
@@ -75,13 +99,13 @@ bool PcscDaemon::start()
     }
     m_process = std::make_unique<BoundProcess>();
     m_process->setProcessChannelMode(QProcess::MergedChannels);
-    m_process->start(program, {QStringLiteral("--foreground")});
-    if (m_process->waitForStarted() && waitForReaders(kStartMs))
+    m_process->start(program, QStringList{QStringLiteral("--foreground")} + options);
+    if (m_process->waitForStarted() && waitForReader(reader, kStartMs))
         return true;
     const QString output = QString::fromLocal8Bit(m_process->readAll());
     stop();
     m_problem = QStringLiteral("pcscd does not show the reader \"%1\" (package vsmartcard-vpcd); it said: %2")
-                    .arg(QLatin1String(kReader0), output);
+                    .arg(QLatin1String(reader), output);
     return false;
 }
 
@@ -97,10 +121,10 @@ void PcscDaemon::stop()
     m_process.reset();
 }
 
-bool PcscDaemon::waitForReaders(int timeoutMs)
+bool PcscDaemon::waitForReader(const char *reader, int timeoutMs)
 {
     const QDeadlineTimer deadline(timeoutMs);
-    while (!hasVirtualReader()) {
+    while (!hasReader(reader)) {
         const bool died = m_process && m_process->state() == QProcess::NotRunning;
         if (died || deadline.hasExpired())
             return false;

@@ -12,6 +12,9 @@ namespace testsupport {
 constexpr char kReader0[] = "Virtual PCD 00 00";
 constexpr char kReader1[] = "Virtual PCD 00 01";
 
+/// The first slot of the other virtual reader that a test may ask for.
+constexpr char kOtherReader[] = "Other PCD 00 00";
+
 /// While it lives, a pcscd with the virtual reader runs. One that ran before is used and left alone; else one is
 /// started and ended again, at the latest by the kernel when the test dies. The daemon's socket and the virtual
 /// reader's ports exist once per machine, so a lock keeps other tests waiting, those of another build too.
@@ -32,8 +35,12 @@ public:
     void stop();
     bool start();
 
+    /// Starts our own daemon with another virtual reader in the place of the usual one, as if that had been unplugged.
+    bool startWithOtherReader();
+
 private:
-    bool waitForReaders(int timeoutMs);
+    bool launch(const QStringList &options, const char *reader);
+    bool waitForReader(const char *reader, int timeoutMs);
 
     int m_lock;
     std::unique_ptr<QProcess> m_process;

@@ -6,6 +6,8 @@
 
 #include <QtTest>
 
+#include <functional>
+
 #include <winscard.h>
 
 using namespace testsupport;
@@ -65,9 +67,12 @@ private slots:
     void cardThatStaysSilent();
     void cardHeldExclusively();
     void cardInAnothersTransaction();
+    void powerInAnothersTransaction();
+    void shortTransactionIsWaitedFor();
     void cardResetByAnother();
     void daemonStoppedAndRestarted();
     void daemonRestartedUnnoticed();
+    void readerGone();
     void daemonStoppedDuringAWait();
     void daemonStoppedDuringACommand();
     void closedDuringAWait();
@@ -222,6 +227,56 @@ void TestPcscFaults::cardInAnothersTransaction()
     QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
 }
 
+// The driver may not cut the power then, but neither may it lose its hold of the card.
+void TestPcscFaults::powerInAnothersTransaction()
+{
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    {
+        OtherProgram other(SCARD_SHARE_SHARED);
+        QVERIFY(other.connected);
+        QCOMPARE(SCardBeginTransaction(other.card), LONG{SCARD_S_SUCCESS});
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(session.powerOff(), int(kCardBusy));
+        QCOMPARE(session.status(), int(kCardPowered));
+        QCOMPARE(session.powerOn(500).code, int(kCardBusy));
+        QCOMPARE(session.status(), int(kCardPowered));
+        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(SCardEndTransaction(other.card, SCARD_LEAVE_CARD), LONG{SCARD_S_SUCCESS});
+        QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
+        QCOMPARE(session.powerOff(), int(kSuccess));
+    }
+    // Nothing of the driver's is left that holds the card.
+    const OtherProgram other(SCARD_SHARE_EXCLUSIVE);
+    QVERIFY(other.connected);
+}
+
+void TestPcscFaults::shortTransactionIsWaitedFor()
+{
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QTRY_COMPARE(session.status(), int(kCardPresent));
+    OtherProgram other(SCARD_SHARE_SHARED);
+    QVERIFY(other.connected);
+    const auto during = [&](const std::function<int()> &call) {
+        if (SCardBeginTransaction(other.card) != SCARD_S_SUCCESS)
+            return int(kTransportFailure);
+        std::thread end([&] {
+            QThread::msleep(200);
+            SCardEndTransaction(other.card, SCARD_LEAVE_CARD);
+        });
+        const int code = call();
+        end.join();
+        return code;
+    };
+    QCOMPARE(during([&] { return session.powerOn().code; }), int(kSuccess));
+    QCOMPARE(during([&] { return session.apdu("00A40000").code; }), int(kSuccess));
+    QCOMPARE(during([&] { return session.powerOff(); }), int(kSuccess));
+    QCOMPARE(session.status(), int(kCardPresent));
+}
+
 void TestPcscFaults::cardResetByAnother()
 {
     auto card = insertCard();
@@ -293,6 +348,44 @@ void TestPcscFaults::daemonRestartedUnnoticed()
     QCOMPARE(session.powerOn().code, int(kSuccess));
     QCOMPARE(idle.powerOn().code, int(kSuccess));
     QCOMPARE(idle.apdu("00A40000").code, int(kSuccess));
+}
+
+// The daemon runs and knows another reader, but this one no more.
+void TestPcscFaults::readerGone()
+{
+    if (!mayStopDaemon())
+        return;
+    auto card = insertCard();
+    DriverSession session(*m_api, kReader0);
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    m_daemon->stop();
+    QVERIFY2(m_daemon->startWithOtherReader(), qPrintable(m_daemon->problem()));
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(session.apdu("00A40000").code, int(kReaderGone));
+    QCOMPARE(session.apdu("00A40000").code, int(kReaderGone));
+    QCOMPARE(session.status(), int(kReaderGone));
+    QCOMPARE(session.powerOn(1000).code, int(kReaderGone));
+    QCOMPARE(session.powerOff(), int(kReaderGone));
+    std::uint8_t state = 9;
+    std::uint8_t type = 9;
+    QCOMPARE(m_api->vek_probe_rf(session.handle, &state, &type), int(kReaderGone));
+    QCOMPARE(int(state), 9);
+    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_api->vek_open(kReader0, 0, 0), std::intptr_t(0));
+    const DriverSession other(*m_api, nullptr);
+    QCOMPARE(other.status(), int(kCardAbsent));
+    char *list = nullptr;
+    QCOMPARE(m_api->vek_enum_devices(sdk::kTransportPcsc, &list), 2);
+    QCOMPARE(QByteArray(list), QByteArray("Other PCD 00 00|Other PCD 00 01|"));
+    m_api->vek_free_list(list);
+
+    m_daemon->stop();
+    QVERIFY2(m_daemon->start(), qPrintable(m_daemon->problem()));
+    card = insertCard();
+    QCOMPARE(session.powerOn().code, int(kSuccess));
+    QCOMPARE(session.apdu("00A40000").code, int(kSuccess));
+    QCOMPARE(other.status(), int(kReaderGone));
 }
 
 void TestPcscFaults::daemonStoppedDuringAWait()

@@ -1,15 +1,11 @@
-// Cards of the virtual reader's tray, lent to pcscd by "unifold-tray serve": programs that nobody here wrote see the
-// same replies as the driver, and the bench logs the same lines over PC/SC as on the virtual reader.
-#include "drivers/virtual/tray/tray.h"
-#include "pages/cpucard/form_cpu_iccard.h"
+// Cards of the virtual reader's tray, lent to pcscd by "unifold-tray serve": the bench logs the same lines over PC/SC
+// as on the virtual reader.
 #include "pages/mifare/form_mifare_card.h"
 #include "pages/ssse/form_ssse.h"
 #include "tests/pcsc/driver_session.h"
-#include "tests/pcsc/foreign_tools.h"
+#include "tests/pcsc/served_bench.h"
 #include "tests/pcsc/served_card.h"
-#include "tests/support/bench.h"
 
-#include <QComboBox>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -28,32 +24,6 @@ namespace {
 
 constexpr char kCpuCard[] = "social-security-and-bank-card";
 constexpr char kMifareCard[] = "mifare-wallet";
-constexpr char kOurs[] = "libtarvozent.so";
-constexpr char kVirtual[] = "libtarvovek.so";
-
-QString fresh(const QTemporaryDir &folder)
-{
-    QString path = folder.filePath("tray");
-    const drivers::tray::Tray laidOut(path.toStdString());
-    return path;
-}
-
-// The bench with one of our libraries, chosen and loaded as a person does it, and a PC/SC reader opened from its list.
-class OpenBench : public Bench {
-public:
-    OpenBench(const char *library, const QString &reader)
-    {
-        window.show();
-        widget<QComboBox>("comboBox_select_driver")->setCurrentText(library);
-        press("pushButton_select_driver");
-        press("radioButton_pcsc");
-        press("pushButton_enum_select");
-        auto *const devices = widget<QComboBox>("comboBox_select_device");
-        devices->setCurrentIndex(devices->findText(reader, Qt::MatchContains));
-        press("pushButton_open_select");
-        widget<QTextEdit>("textEdit_log")->clear();
-    }
-};
 
 // The driver draws an unpredictable number (E) for each cryptogram (A), so these two differ from one to the next. Both
 // must be there, and are taken out.
@@ -103,9 +73,9 @@ class TestServedCard : public QObject {
 
 private slots:
     void initTestCase();
+    void benchLogsTheSameOfACpuCard_data();
     void benchLogsTheSameOfACpuCard();
     void benchLogsTheSameOfAMifareCard();
-    void foreignToolsSeeTheSame();
     void killedProgramTakesTheCardOut();
     void connectsToLoopbackOnly();
 
@@ -119,28 +89,51 @@ void TestServedCard::initTestCase()
     QVERIFY2(m_daemon->problem().isEmpty(), qPrintable(m_daemon->problem()));
 }
 
+void TestServedCard::benchLogsTheSameOfACpuCard_data()
+{
+    QTest::addColumn<QString>("card");
+    QTest::addColumn<QString>("reader");
+    QTest::addColumn<QStringList>("logged");
+    const QStringList always = {"vek_icc_apdu return[0x0]", "vek_pboc_get_card_info return[0x0]",
+                                "vek_pboc_get_arqc return[0x0]"};
+    QTest::newRow("social security and bank, T=0")
+        << kCpuCard << "[Contact]" << always + QStringList{"ATR = [3B6D0000554E49464F4C44205353534531]",
+                                                           "ARQC=[A016..B00280C0040241",
+                                                           "ARQC=[A016..B00280C0040243",
+                                                           "vek_ssse_get_issuer_info return[0x0]",
+                                                           "vek_ssse_get_user_info return[0x0]",
+                                                           "张三"};
+    QTest::newRow("contactless bank card, T=1") << "contactless-bank-card"
+                                                << "[Contactless]"
+                                                << always + QStringList{"vek_ssse_get_issuer_info return[0xFFFFFFF2]",
+                                                                        "vek_ssse_get_user_info return[0xFFFFFFF2]"};
+}
+
 // A fresh tray for each library: the card counts its transactions.
 void TestServedCard::benchLogsTheSameOfACpuCard()
 {
+    QFETCH(QString, card);
+    QFETCH(QString, reader);
+    QFETCH(QStringList, logged);
     const QTemporaryDir lent;
     const QTemporaryDir own;
     QStringList overPcsc;
     {
-        ServedCard card(UNIFOLD_TRAY_TOOL, fresh(lent), kCpuCard);
-        QVERIFY2(card.problem().isEmpty(), card.problem());
-        OpenBench bench(kOurs, kReader0);
+        ServedCard served(UNIFOLD_TRAY_TOOL, freshTray(lent), card.toUtf8().constData());
+        QVERIFY2(served.problem().isEmpty(), served.problem());
+        OpenBench bench(kPcscLibrary, kReader0);
         overPcsc = workOnCpuCard(bench);
     }
-    qputenv(drivers::tray::kTrayVariable, fresh(own).toUtf8());
-    OpenBench bench(kVirtual, "[Contact]");
+    const QString tray = freshTray(own);
+    if (reader == "[Contactless]")
+        drivers::tray::Tray(tray.toStdString()).put(drivers::tray::Slot::Antenna, card.toStdString());
+    qputenv(drivers::tray::kTrayVariable, tray.toUtf8());
+    OpenBench bench(kVirtualLibrary, reader);
     const QStringList onVirtualReader = workOnCpuCard(bench);
     QCOMPARE(overPcsc, onVirtualReader);
     const QString all = overPcsc.join('\n');
-    for (const char *line : {"ATR = [3B6D0000554E49464F4C44205353534531]", "vek_icc_apdu return[0x0]",
-                             "vek_pboc_get_card_info return[0x0]", "vek_pboc_get_arqc return[0x0]",
-                             "ARQC=[A016..B00280C0040241", "ARQC=[A016..B00280C0040243",
-                             "vek_ssse_get_issuer_info return[0x0]", "vek_ssse_get_user_info return[0x0]", "张三"})
-        QVERIFY2(all.contains(line), line);
+    for (const QString &line : logged)
+        QVERIFY2(all.contains(line), qPrintable(line));
 }
 
 void TestServedCard::benchLogsTheSameOfAMifareCard()
@@ -149,13 +142,13 @@ void TestServedCard::benchLogsTheSameOfAMifareCard()
     const QTemporaryDir own;
     QStringList overPcsc;
     {
-        ServedCard card(UNIFOLD_TRAY_TOOL, fresh(lent), kMifareCard);
+        ServedCard card(UNIFOLD_TRAY_TOOL, freshTray(lent), kMifareCard);
         QVERIFY2(card.problem().isEmpty(), card.problem());
-        OpenBench bench(kOurs, kReader0);
+        OpenBench bench(kPcscLibrary, kReader0);
         overPcsc = workOnMifareCard(bench);
     }
-    qputenv(drivers::tray::kTrayVariable, fresh(own).toUtf8());
-    OpenBench bench(kVirtual, "[Contactless]");
+    qputenv(drivers::tray::kTrayVariable, freshTray(own).toUtf8());
+    OpenBench bench(kVirtualLibrary, "[Contactless]");
     QCOMPARE(overPcsc, workOnMifareCard(bench));
     const QString all = overPcsc.join('\n');
     for (const char *line : {"UID = [3A9F07C4]", "vek_mifare_authentication return[0x0]",
@@ -166,67 +159,12 @@ void TestServedCard::benchLogsTheSameOfAMifareCard()
              drivers::tray::Tray(own.filePath("tray").toStdString()).card(kMifareCard));
 }
 
-void TestServedCard::foreignToolsSeeTheSame()
-{
-    const QTemporaryDir lent;
-    ServedCard card(UNIFOLD_TRAY_TOOL, fresh(lent), kCpuCard);
-    QVERIFY2(card.problem().isEmpty(), card.problem());
-    DriverApi api(kOurs);
-    // Social security: application, EF05, an item; bank: application, first record; a file that is missing.
-    const QList<QByteArray> commands = {"00A404000F7378312E73682EC9E7BBE1B1A3D5CF",
-                                        "00A4000002EF05",
-                                        "00B2010012",
-                                        "00A4040007A0000003330101",
-                                        "00B2011400",
-                                        "00A4000002DEAD"};
-    QList<QByteArray> ours;
-    {
-        DriverSession session(api, kReader0);
-        const Answer atr = session.powerOn();
-        QCOMPARE(atr.code, int(kSuccess));
-        const QByteArray tool = outputOf("opensc-tool", {"--reader", kReader0, "-a"});
-        QCOMPARE(digits(tool.trimmed().split('\n').last()), atr.text);
-        for (const QByteArray &command : commands)
-            ours << session.apdu(command).text;
-        QCOMPARE(session.powerOff(), int(kSuccess));
-    }
-    QCOMPARE(ours.at(2), QByteArray("011000112233445566778899AABBCCDDEEFF9000"));
-    QVERIFY(ours.at(3).endsWith("9000"));
-    QCOMPARE(ours.last(), QByteArray("6A82"));
-
-    // opensc-explorer completes T=0 replies as the driver does, and prints "Received (SW1=0x90, SW2=0x00):" and a dump.
-    QByteArray script;
-    for (const QByteArray &command : commands)
-        script += "apdu " + command + "\n";
-    const QByteArray explored = outputOf("opensc-explorer", {"-c", "default", "-r", kReader0}, script + "quit\n");
-    QList<QByteArray> words;
-    for (const QByteArray &line : explored.split('\n')) {
-        const int at = line.indexOf("SW1=0x");
-        if (at >= 0)
-            words << line.mid(at + 6, 2) + line.mid(at + 16, 2);
-    }
-    QList<QByteArray> expected;
-    for (const QByteArray &reply : ours)
-        expected << reply.right(4);
-    QVERIFY2(words == expected, explored);
-
-    const QList<QByteArray> scripted =
-        scriptorReplies(outputOf("scriptor", {"-r", kReader0}, commands.join('\n') + '\n'));
-    QCOMPARE(scripted.size(), commands.size());
-    for (int i = 0; i < scripted.size(); ++i) {
-        // scriptor shows 61xx as it comes; what then waits is what the driver fetches.
-        const QByteArray waiting = QByteArray::number(ours.at(i).size() / 2 - 2, 16).rightJustified(2, '0').toUpper();
-        QVERIFY2(scripted.at(i) == ours.at(i) || scripted.at(i) == "61" + waiting || scripted.at(i).startsWith("6C"),
-                 scripted.at(i) + " against " + ours.at(i));
-    }
-}
-
 void TestServedCard::killedProgramTakesTheCardOut()
 {
     const QTemporaryDir lent;
-    ServedCard card(UNIFOLD_TRAY_TOOL, fresh(lent), kCpuCard);
+    ServedCard card(UNIFOLD_TRAY_TOOL, freshTray(lent), kCpuCard);
     QVERIFY2(card.problem().isEmpty(), card.problem());
-    DriverApi api(kOurs);
+    DriverApi api(kPcscLibrary);
     DriverSession session(api, kReader0);
     QCOMPARE(session.powerOn().code, int(kSuccess));
     card.kill();
@@ -238,7 +176,7 @@ void TestServedCard::killedProgramTakesTheCardOut()
 void TestServedCard::connectsToLoopbackOnly()
 {
     const QTemporaryDir lent;
-    ServedCard card(UNIFOLD_TRAY_TOOL, fresh(lent), kCpuCard);
+    ServedCard card(UNIFOLD_TRAY_TOOL, freshTray(lent), kCpuCard);
     QVERIFY2(card.problem().isEmpty(), card.problem());
     QStringList inodes;
     const QString process = QString("/proc/%1").arg(card.processId());

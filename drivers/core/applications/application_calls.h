@@ -5,18 +5,11 @@
 #include "drivers/core/card_channel.h"
 
 #include <cstdint>
-#include <functional>
 
 namespace drivers {
 
-/// What is to be done on a powered card.
-using CardJob = std::function<ReturnCode(CardChannel &)>;
-
-/// Runs a job on the card of a call, powering it on for the job if need be. A driver's own part of each call.
-using RunOnCard = std::function<ReturnCode(const CardJob &job)>;
-
-// On any code but kSuccess the output buffers are left as they were. Null pointers are kBadArgument, and the card is
-// not asked then.
+// `run` powers the card on for the job if need be. On any code but kSuccess the output buffers are left as they were.
+// Null pointers are kBadArgument, and the card is not asked then.
 
 /// vek_pboc_get_card_info; `result` has sdk::kPbocResultSize bytes. The interface byte is the caller's to fill: no card
 /// tells it.

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "drivers/virtual/cards/atr.h"
 #include "drivers/virtual/cards/card_builder.h"
 #include "drivers/virtual/cards/file_system.h"
 
@@ -66,6 +65,11 @@ nlohmann::json CpuCard::description() const
 Bytes CpuCard::atr() const
 {
     return m_parts->atr;
+}
+
+Protocol CpuCard::protocol() const
+{
+    return m_parts->protocol;
 }
 
 void CpuCard::reset()

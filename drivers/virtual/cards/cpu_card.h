@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "drivers/core/bytes.h"
+#include "drivers/virtual/cards/atr.h"
 
 namespace drivers::cards {
 
@@ -21,6 +22,9 @@ public:
     nlohmann::json description() const;
 
     Bytes atr() const;
+
+    /// What the card speaks, by its answer to reset.
+    Protocol protocol() const;
 
     /// Power on: volatile state is cleared.
     void reset();

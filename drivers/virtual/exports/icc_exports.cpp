@@ -48,9 +48,8 @@ int vek_icc_apdu(sdk::DeviceHandle handle, std::uint8_t slot, const char *comman
                  char *reply, std::uint32_t *replyLength)
 {
     return serve(handle, [&](reader::Device &device) {
-        return device.cpu.exchange(slot, [&](CardChannel &card) {
-            return exchangeApduText(card, command, commandLength, reply, replyLength);
-        });
+        const auto run = [&](const CardJob &job) { return device.cpu.exchange(slot, job); };
+        return exchangeApduText(run, command, commandLength, reply, replyLength);
     });
 }
 

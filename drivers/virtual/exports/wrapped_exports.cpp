@@ -27,10 +27,9 @@ std::shared_ptr<tray::Tray> usualTray()
     return known;
 }
 
-ReturnCode wait(const Call &call, std::int64_t timeMs)
+ReturnCode wait(const std::shared_ptr<reader::Device> &device, std::int64_t timeMs)
 {
     const auto time = waitTime(timeMs);
-    const auto device = deviceOf(call);
     if (device == nullptr) {
         std::this_thread::sleep_for(time);
         return kSuccess;
@@ -39,10 +38,9 @@ ReturnCode wait(const Call &call, std::int64_t timeMs)
     return result == kTimeout ? kSuccess : result;
 }
 
-std::shared_ptr<tray::Tray> trayOf(const Call &call)
+std::shared_ptr<tray::Tray> trayOf(const std::shared_ptr<reader::Device> &device)
 {
     try {
-        const auto device = deviceOf(call);
         return device != nullptr ? device->connection.sharedTray() : usualTray();
     } catch (...) {
         return nullptr;
@@ -51,11 +49,14 @@ std::shared_ptr<tray::Tray> trayOf(const Call &call)
 
 std::int64_t withFaults(const Call &call)
 {
-    const std::shared_ptr<tray::Tray> tray = trayOf(call);
+    // Looked up once: a device that is closed from here on ends the call's delay.
+    const std::shared_ptr<reader::Device> device = deviceOf(call);
+    const std::shared_ptr<tray::Tray> tray = trayOf(device);
     if (tray == nullptr)
         return call.proceed();
+    const auto waitOnDevice = [&device](std::int64_t timeMs) { return wait(device, timeMs); };
     return guardedOr<std::int64_t>(call.shape.takesHandle() ? kTransportFailure : 0,
-                                   [&] { return reader::callWithFaults(*tray, call, wait); });
+                                   [&] { return reader::callWithFaults(*tray, call, waitOnDevice); });
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "drivers/virtual/reader/cpu_slots.h"
 
-#include "drivers/core/t0_completion.h"
+#include "drivers/core/t0_exchange.h"
 #include "drivers/core/text_arguments.h"
 #include "drivers/core/trace.h"
 #include "drivers/virtual/reader/faults.h"
@@ -24,17 +24,24 @@ public:
         const auto once = [this](const Bytes &part, Bytes &answer) {
             if (losesCard(m_tray, m_held, m_slot))
                 return kCardRemoved;
-            if (m_card.refresh())
-                m_card.model().reset();
-            answer = m_card.model().transmit(part);
+            answer = model().transmit(part);
             m_card.keep(m_held);
             return kSuccess;
         };
         const auto traced = [&once](const Bytes &part, Bytes &answer) { return tracedExchange(once, part, answer); };
-        return completeExchange(traced, command, reply);
+        reply.clear();
+        return model().protocol() == cards::Protocol::kT0 ? exchangeT0(traced, command, reply) : traced(command, reply);
     }
 
 private:
+    // The card as its file holds it; changed there, it is as just powered on.
+    cards::CpuCard &model()
+    {
+        if (m_card.refresh())
+            m_card.model().reset();
+        return m_card.model();
+    }
+
     tray::Tray &m_tray;
     Slot m_slot;
     HeldCard<cards::CpuCard> &m_card;

@@ -175,11 +175,11 @@ bool losesCard(tray::Tray &tray, const tray::FolderLock &held, tray::Slot slot)
     return lost;
 }
 
-std::int64_t callWithFaults(tray::Tray &tray, const Call &call, ReturnCode (*wait)(const Call &, std::int64_t))
+std::int64_t callWithFaults(tray::Tray &tray, const Call &call, const std::function<ReturnCode(std::int64_t)> &wait)
 {
     const std::vector<Fault> striking = strike(tray, call.shape);
     if (const Fault *const delay = find(striking, FaultKind::Delay)) {
-        if (const ReturnCode result = wait(call, delay->value); result != kSuccess)
+        if (const ReturnCode result = wait(delay->value); result != kSuccess)
             return result;
     }
     if (find(striking, FaultKind::Unplugged) != nullptr)

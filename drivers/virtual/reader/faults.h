@@ -5,6 +5,8 @@
 #include "drivers/core/return_codes.h"
 #include "drivers/virtual/tray/tray.h"
 
+#include <functional>
+
 namespace drivers::reader {
 
 /// Adds a fault to the tray and returns its id; `fault.id` and `fault.seen` do not count. Throws std::runtime_error
@@ -21,8 +23,8 @@ bool isUnplugged(const tray::TrayState &state);
 /// `held` is the lock of the tray.
 bool losesCard(tray::Tray &tray, const tray::FolderLock &held, tray::Slot slot);
 
-/// Carries a call out with the faults of the tray on it. `wait` lets a time go by and returns a code other than
-/// kSuccess if the device was closed meanwhile.
-std::int64_t callWithFaults(tray::Tray &tray, const Call &call, ReturnCode (*wait)(const Call &, std::int64_t));
+/// Carries a call out with the faults of the tray on it. `wait` lets so many milliseconds go by and returns a code
+/// other than kSuccess if the device was closed meanwhile.
+std::int64_t callWithFaults(tray::Tray &tray, const Call &call, const std::function<ReturnCode(std::int64_t)> &wait);
 
 } // namespace drivers::reader

@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "drivers/core/t0_completion.h"
+#include "drivers/core/card_channel.h"
+#include "drivers/core/t0_exchange.h"
 #include "drivers/virtual/cards/cpu_card.h"
 
 namespace tests {
@@ -32,28 +33,31 @@ inline std::string ask(drivers::cards::CpuCard &card, std::string_view command)
     return drivers::toHex(card.transmit(hex(command)));
 }
 
-/// One exchange with 61xx and 6Cxx completed, as hexadecimal text.
+/// The card behind a channel, as a reader has it there.
+class CardInChannel : public drivers::CardChannel {
+public:
+    explicit CardInChannel(drivers::cards::CpuCard &card) : m_card(card) {}
+
+    drivers::ReturnCode transmit(const drivers::Bytes &command, drivers::Bytes &reply) override
+    {
+        const auto raw = [this](const drivers::Bytes &bytes, drivers::Bytes &answer) {
+            answer = m_card.transmit(bytes);
+            return drivers::kSuccess;
+        };
+        return m_card.protocol() == drivers::cards::Protocol::kT0 ? drivers::exchangeT0(raw, command, reply)
+                                                                  : raw(command, reply);
+    }
+
+private:
+    drivers::cards::CpuCard &m_card;
+};
+
+/// One exchange with 61xx and 6Cxx of a T=0 card completed, as hexadecimal text.
 inline std::string askWhole(drivers::cards::CpuCard &card, std::string_view command)
 {
-    const auto raw = [&](const drivers::Bytes &bytes, drivers::Bytes &reply) {
-        reply = card.transmit(bytes);
-        return drivers::kSuccess;
-    };
     drivers::Bytes reply;
-    drivers::completeExchange(raw, hex(command), reply);
+    CardInChannel(card).transmit(hex(command), reply);
     return drivers::toHex(reply);
 }
-
-/// The card behind a channel.
-class CardInChannel : public drivers::CompletingChannel {
-public:
-    explicit CardInChannel(drivers::cards::CpuCard &card)
-        : CompletingChannel([&card](const drivers::Bytes &bytes, drivers::Bytes &reply) {
-              reply = card.transmit(bytes);
-              return drivers::kSuccess;
-          })
-    {
-    }
-};
 
 } // namespace tests

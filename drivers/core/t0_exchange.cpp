@@ -1,4 +1,4 @@
-#include "drivers/pcsc/t0_exchange.h"
+#include "drivers/core/t0_exchange.h"
 
 #include "drivers/core/command_apdu.h"
 

@@ -1,5 +1,5 @@
 // APDUs over T=0, against a card that a list of expected TPDUs and replies plays.
-#include "drivers/pcsc/t0_exchange.h"
+#include "drivers/core/t0_exchange.h"
 
 #include <QtTest>
 
