@@ -18,9 +18,9 @@ extern char saveTime[kSaveTimeSize];
 /// use it before the next call. The date follows this log format's own calendar walk (see writeLogTime).
 const char *logTime();
 
-/// Formats the moment `seconds` + `microseconds` after 1970-01-01 UTC into saveTime. From February on a day's number
-/// is often off by one or two from the calendar, and 1 January is day 00: logs are compared line by line with those
-/// of other tools that count the same way, so the walk stays as it is.
+/// Formats the moment `seconds` + `microseconds` after 1970-01-01 UTC into saveTime. The date is often off by one
+/// or two days from the calendar (1 January is 01/00, 1 February 02/03, 31 May 06/00): logs are compared line by line
+/// with those of other tools that count the same way, so the walk stays as it is.
 void writeLogTime(std::int64_t seconds, std::int64_t microseconds);
 
 /// "[%s] [%s] " and 42 hyphens: the first line of an action.

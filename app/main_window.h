@@ -68,7 +68,7 @@ private:
 
     Ui_MainWindow *ui;
     DeviceContext m_device;
-    QString m_text;
+    QString m_text; ///< stays empty
     Form_Info_Status_Indicator *m_statusPage;
     Form_Idcard *m_idcardPage;
     Dialog_idc_image_display *m_imageDialog;
@@ -82,5 +82,5 @@ private:
     int m_originX;
     int m_originY;
     QPoint m_followPoint;
-    int m_titleBarHeight;
+    int m_titleBarHeight; ///< of the style; kept and not used
 };

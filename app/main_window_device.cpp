@@ -65,6 +65,8 @@ void MainWindow::setDriverLoaded(bool loaded)
     ui->groupBox_config->setEnabled(loaded);
     ui->tabWidget->setEnabled(loaded);
     ui->label_device_info->setEnabled(loaded);
+    // The pressed button may be disabled now. Left to itself the focus would go on to the log, where keys write.
+    (loaded ? ui->pushButton_unload_driver : ui->pushButton_select_driver)->setFocus();
 }
 
 void MainWindow::setTransport(int transport)

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <cerrno>
 #include <csignal>
 
 #include <fcntl.h>
@@ -14,9 +15,11 @@ int selfPipe[2] = {-1, -1};
 
 extern "C" void writeToSelfPipe(int /*signal*/)
 {
+    const int interrupted = errno; // of whatever the signal came into
     const char byte = 0;
     // Nothing can be done about a full pipe here, and nothing needs to be: the loop has been woken already.
     [[maybe_unused]] const ssize_t written = write(selfPipe[1], &byte, 1);
+    errno = interrupted;
 }
 
 void handle(int signal)

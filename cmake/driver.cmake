@@ -20,7 +20,7 @@ function(unifold_add_driver target)
         install(TARGETS ${target} LIBRARY DESTINATION ${UNIFOLD_LIBDIR}/drivers/${ARG_KIND})
     endif()
     # Under the sanitizers the run-time symbols come from the executable that loads the driver.
-    if(NOT UNIFOLD_SANITIZE)
+    if(NOT UNIFOLD_SANITIZE AND NOT UNIFOLD_SANITIZE_THREADS)
         target_link_options(${target} PRIVATE -Wl,--no-undefined)
     endif()
 endfunction()

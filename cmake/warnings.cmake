@@ -15,3 +15,8 @@ if(UNIFOLD_SANITIZE)
         target_link_options(unifold_options INTERFACE -fno-sanitize=function,vptr)
     endif()
 endif()
+
+if(UNIFOLD_SANITIZE_THREADS)
+    target_compile_options(unifold_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+    target_link_options(unifold_options INTERFACE -fsanitize=thread)
+endif()

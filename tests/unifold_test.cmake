@@ -26,5 +26,5 @@ function(unifold_add_test name)
     add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY ${world})
     set_tests_properties(${name} PROPERTIES
         TIMEOUT 300
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${world}/home;XDG_DATA_HOME=${world}/home/data;XDG_RUNTIME_DIR=${world}/home;LD_LIBRARY_PATH=${world}/drivers;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1")
+        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${world}/home;XDG_DATA_HOME=${world}/home/data;XDG_RUNTIME_DIR=${world}/home;LD_LIBRARY_PATH=${world}/drivers;LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0;UBSAN_OPTIONS=print_stacktrace=1;TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/tsan.supp")
 endfunction()

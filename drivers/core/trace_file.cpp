@@ -47,14 +47,18 @@ TraceFile::~TraceFile()
 
 void TraceFile::append(const std::string &line)
 {
+    // A line that a full disk cut off must not take the next one with it.
+    const bool afterCut = m_cutOff.exchange(false);
+    const std::string text = afterCut ? '\n' + line : line;
     ssize_t written = 0;
     do {
-        written = ::write(m_descriptor, line.data(), line.size());
+        written = ::write(m_descriptor, text.data(), text.size());
     } while (written < 0 && errno == EINTR);
-    if (written < 0)
-        complain(reasonOf(errno).c_str());
-    else if (static_cast<std::size_t>(written) < line.size())
-        complain("a line was cut off");
+    if (written == static_cast<ssize_t>(text.size()))
+        return;
+    if (written > 0 || afterCut)
+        m_cutOff = true;
+    complain(written < 0 ? reasonOf(errno).c_str() : "a line was cut off");
 }
 
 void TraceFile::complain(const char *reason)

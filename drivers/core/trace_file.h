@@ -26,6 +26,7 @@ private:
     std::string m_name;
     int m_descriptor = -1;
     std::atomic<bool> m_complained = false;
+    std::atomic<bool> m_cutOff = false; ///< the last line lacks its end
 };
 
 } // namespace drivers

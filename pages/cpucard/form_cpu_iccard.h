@@ -43,6 +43,6 @@ private slots:
 private:
     Ui_Form_CPU_Iccard *ui;
     DeviceContext *m_device;
-    QString m_text;
+    QString m_text; ///< stays empty
     std::uint8_t m_slot;
 };

@@ -58,6 +58,7 @@ void Form_Info_Status_Indicator::on_pushButton_firm_version_clicked()
         return;
     const QByteArray text = boundedText(version);
     ui->lineEdit_frim_version->setText(QString::fromUtf8(text));
+    ui->lineEdit_frim_version->setCursorPosition(0); // a long text is shown from its beginning
     emit addLog(QString::asprintf("[%s] [%s] firm_version [%s]", logTime(), kTag, text.constData()));
 }
 

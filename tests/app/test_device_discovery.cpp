@@ -161,10 +161,12 @@ private slots:
             lines << QString("[主界面] 设备%1 [%2].").arg(i + 1).arg(names[i]);
         QCOMPARE(bench.log(), lines);
         QCOMPARE(devices(bench), names);
-        QCOMPARE(Bench::calls().last(), null ? "vek_free_list(null)" : "vek_free_list(list)");
+        const QString freed = null ? "vek_free_list(null)" : "vek_free_list(list)";
+        QCOMPARE(Bench::calls(), QStringList({"vek_enum_devices(1, &null)", freed}));
 
         bench.forget();
         bench.press("pushButton_enum_all");
+        QCOMPARE(Bench::calls(), QStringList({"vek_enum_devices(1, &null)", freed, "vek_enum_devices(2, &null)"}));
         QCOMPARE(devices(bench), names);
         lines[1] = "[主界面] vek_enum_devices 检索到1个HID设备.";
         lines << "[主界面] vek_enum_devices 检索到0个串口设备.";
@@ -242,6 +244,8 @@ private slots:
         bench.loadDriver();
         recorder().vek_open = [](auto, auto, auto) { return std::intptr_t{-1}; };
         bench.press("pushButton_open_default");
+        QCOMPARE(Bench::calls(), QStringList({"vek_open(null, 0, 0)"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[主界面] vek_open 打开设备成功！return[FFFFFFFFFFFFFFFFH]"}));
         QCOMPARE(bench.widget<QLineEdit>("lineEdit_handle")->text(), "FFFFFFFFFFFFFFFFH");
     }
 

@@ -181,6 +181,38 @@ private slots:
         QVERIFY(bench.widget<QLineEdit>("lineEdit_handle")->isReadOnly());
     }
 
+    /// Down the window as the work goes; of the transports Tab reaches the chosen one, the arrow keys the others.
+    void tabKeyGoesFromTheDriverRowToThePages()
+    {
+        Bench bench;
+        bench.loadDriver();
+        QApplication::setActiveWindow(&bench.window);
+        bench.widget<QWidget>("pushButton_unload_driver")->setFocus();
+        QStringList reached;
+        while (QApplication::focusWidget() != bench.widget<QTabWidget>("tabWidget") && reached.size() < 20) {
+            reached << QApplication::focusWidget()->objectName();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            if (QApplication::focusWidget()->objectName() == "qt_tabwidget_tabbar")
+                break;
+        }
+        QCOMPARE(reached,
+                 QStringList({"pushButton_unload_driver", "radioButton_usb", "pushButton_enum_select",
+                              "pushButton_enum_all", "comboBox_baud", "lineEdit_timeout", "comboBox_select_device",
+                              "pushButton_open_select", "pushButton_open_default", "lineEdit_handle"}));
+    }
+
+    void arrowKeysChooseATransport()
+    {
+        Bench bench;
+        bench.loadDriver();
+        QApplication::setActiveWindow(&bench.window);
+        bench.widget<QRadioButton>("radioButton_usb")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        QVERIFY(bench.widget<QRadioButton>("radioButton_serial")->isChecked());
+        bench.press("pushButton_enum_select");
+        QCOMPARE(Bench::calls(), QStringList({"vek_enum_devices(2, &null)"}));
+    }
+
     void transportsAreOneGroupWithUsbChecked()
     {
         Bench bench;

@@ -59,6 +59,30 @@ private slots:
         QCOMPARE(window.frameGeometry().topLeft(), start + QPoint(10, 10));
     }
 
+    /// None of these has a use for the mouse.
+    void labelsAndGroupsLetTheWindowBeDragged_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"label_7", "groupBox_config", "label_device_info", "label_5", "statusbar"})
+            QTest::newRow(name) << name;
+    }
+
+    void labelsAndGroupsLetTheWindowBeDragged()
+    {
+        QFETCH(QString, name);
+        Bench bench;
+        bench.loadDriver();
+        const QPoint start = bench.window.frameGeometry().topLeft();
+        auto *grip = bench.widget<QWidget>(name.toUtf8().constData());
+        const QPoint point(9, 9);
+        QTest::mousePress(grip, Qt::LeftButton, Qt::NoModifier, point);
+        QMouseEvent move(QEvent::MouseMove, point + QPoint(20, 10), grip->mapToGlobal(point + QPoint(20, 10)),
+                         Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(grip, &move);
+        QTest::mouseRelease(grip, Qt::LeftButton, Qt::NoModifier, point);
+        QCOMPARE(bench.window.frameGeometry().topLeft(), start + QPoint(20, 10));
+    }
+
     void screenPositionsAreRoundedHalvesUpwards()
     {
         MainWindow window;

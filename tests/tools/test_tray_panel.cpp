@@ -3,6 +3,7 @@
 #include "tools/panel/card_picture.h"
 #include "tools/panel/catalogue.h"
 #include "tools/panel/panel_window.h"
+#include "tools/panel/texts.h"
 
 #include <QAction>
 #include <QFile>
@@ -15,11 +16,43 @@
 #include <QToolButton>
 #include <QtTest>
 
+using drivers::tray::Fault;
+using drivers::tray::FaultKind;
 using drivers::tray::Slot;
 using drivers::tray::Tray;
 using drivers::tray::TrayState;
 using nlohmann::json;
 using tray_panel::PanelWindow;
+
+namespace {
+
+std::vector<Fault> oneFaultOfEachKind()
+{
+    const auto make = [](FaultKind kind, const char *call, std::int64_t value) {
+        Fault fault;
+        fault.kind = kind;
+        fault.call = call;
+        fault.value = value;
+        fault.slot = "contact";
+        fault.mask = 0x0F;
+        return fault;
+    };
+    return {make(FaultKind::Code, "vek_beep", -5),
+            make(FaultKind::Delay, "vek_icc_apdu", 250),
+            make(FaultKind::Removed, "", 0),
+            make(FaultKind::Short, "vek_icc_apdu", 3),
+            make(FaultKind::Flipped, "vek_icc_apdu", 1),
+            make(FaultKind::Unplugged, "", 0)};
+}
+
+const QStringList kEnglishFaults = {"vek_beep returns -5",
+                                    "vek_icc_apdu takes 250 ms longer",
+                                    "Contact slot: the card goes",
+                                    "vek_icc_apdu replies with 3 bytes at most",
+                                    "vek_icc_apdu replies with byte 1 XOR 0F",
+                                    "the reader is unplugged"};
+
+} // namespace
 
 class TestTrayPanel : public QObject {
     Q_OBJECT
@@ -36,6 +69,7 @@ private slots:
     void swipes();
     void hasNothingToSwipeWithoutAStripe();
     void showsAndClearsFaults();
+    void tellsEveryFaultInChinese();
     void followsOthers();
     void followsChangesOfACard();
     void isDrivenByKeyboard();
@@ -117,14 +151,14 @@ void TestTrayPanel::cleanup()
 void TestTrayPanel::showsWhatLiesInEachSlot()
 {
     const std::pair<const char *, const char *> expected[] = {
-        {"contact", "Social security card with a bank account, Zhang San"},
-        {"antenna", "Mifare Classic 1K with a wallet and mixed access conditions"},
-        {"psam1", "Security module 1, for purchases"},
-        {"psam2", "Security module 2, for transit"},
-        {"psam3", "Security module 3, for parking"},
-        {"psam4", "Security module 4, for loading"},
-        {"id", "Resident ID card"},
-        {"stripe", "Stripe with three tracks"},
+        {"contact", "带银行账户的社保卡（张三）"},
+        {"antenna", "带钱包的 M1 卡（多种访问条件）"},
+        {"psam1", "PSAM 卡 1（消费）"},
+        {"psam2", "PSAM 卡 2（公交）"},
+        {"psam3", "PSAM 卡 3（停车）"},
+        {"psam4", "PSAM 卡 4（充值）"},
+        {"id", "居民身份证"},
+        {"stripe", "三磁道磁条卡"},
     };
     for (const auto &[slot, title] : expected) {
         QCOMPARE(text(QByteArray("label_title_") + slot), QString(title));
@@ -223,11 +257,25 @@ void TestTrayPanel::showsAndClearsFaults()
     m_tray->update([&](TrayState &state) { state.faults = {refused, unplugged}; });
     auto &list = find<QListWidget>("listWidget_faults");
     QTRY_COMPARE(list.count(), 2);
-    QCOMPARE(list.item(0)->text(), QString("vek_beep returns -5"));
-    QCOMPARE(list.item(1)->text(), QString("the reader is unplugged"));
+    QCOMPARE(list.item(0)->text(), QString("vek_beep 返回 -5"));
+    QCOMPARE(list.item(1)->text(), QString("读卡器被拔出"));
     QTest::mouseClick(&find<QPushButton>("pushButton_clear_faults"), Qt::LeftButton);
     QCOMPARE(list.count(), 0);
     QVERIFY(m_tray->state()->faults.empty());
+}
+
+void TestTrayPanel::tellsEveryFaultInChinese()
+{
+    QStringList texts;
+    for (const Fault &fault : oneFaultOfEachKind())
+        texts << tray_panel::faultText(fault);
+    const QStringList expected = {"vek_beep 返回 -5",
+                                  "vek_icc_apdu 延迟 250 毫秒",
+                                  "接触卡槽：卡被拔出",
+                                  "vek_icc_apdu 最多应答 3 字节",
+                                  "vek_icc_apdu 应答的第 1 字节异或 0F",
+                                  "读卡器被拔出"};
+    QCOMPARE(texts, expected);
 }
 
 void TestTrayPanel::followsOthers()
@@ -235,7 +283,7 @@ void TestTrayPanel::followsOthers()
     m_tray->put(Slot::Contact, "file-card");
     QElapsedTimer clock;
     clock.start();
-    QTRY_COMPARE(text("label_title_contact"), QString("Plain file card with a PIN"));
+    QTRY_COMPARE(text("label_title_contact"), QString("带 PIN 的普通文件卡"));
     QVERIFY2(clock.elapsed() < 1000, qPrintable(QString::number(clock.elapsed())));
     m_tray->update([](TrayState &state) { state.take(Slot::Contact); });
     QTRY_COMPARE(text("label_title_contact"), QString("（空）"));
@@ -358,7 +406,7 @@ void TestTrayPanel::showsAFolderThatCannotBe()
     QVERIFY(!find<QToolButton>("toolButton_contact").isEnabled());
     // Tried again, since somebody may put it right.
     QVERIFY(QFile::remove(place));
-    QTRY_COMPARE(text("label_title_id"), QString("Resident ID card"));
+    QTRY_COMPARE(text("label_title_id"), QString("居民身份证"));
     QVERIFY(!find<QLabel>("label_message").isVisible());
 }
 
@@ -402,6 +450,9 @@ void TestTrayPanel::speaksEnglish()
         texts << button->text();
     for (const QAction *action : openMenu("contact").actions())
         texts << action->text();
+    for (const Fault &fault : oneFaultOfEachKind())
+        texts << tray_panel::faultText(fault);
+    QCOMPARE(texts.mid(texts.size() - 6), kEnglishFaults);
     m_tray->update([](TrayState &state) { state.keyboardMode = true; });
     QTRY_COMPARE(text("label_mode"), QString("Stripe: keyboard mode"));
     QCoreApplication::removeTranslator(&english);
@@ -412,6 +463,8 @@ void TestTrayPanel::speaksEnglish()
     QCOMPARE(texts.first(), QString("Virtual reader"));
     QVERIFY(texts.contains("(empty)"));
     QVERIFY(texts.contains("&Take out"));
+    QVERIFY(texts.contains("&1 Contact slot"));
+    QVERIFY(texts.contains("Resident ID card"));
 }
 
 void TestTrayPanel::staysChineseElsewhere()

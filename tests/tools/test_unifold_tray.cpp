@@ -11,7 +11,6 @@
 
 #include <fstream>
 
-using drivers::tray::Slot;
 using drivers::tray::Tray;
 
 class TestUnifoldTray : public QObject {
@@ -25,6 +24,8 @@ private slots:
     void swipes();
     void showsAndSets();
     void addsAndRemoves();
+    void takesOneTitleOrOneForEachLanguage_data();
+    void takesOneTitleOrOneForEachLanguage();
     void carriesDumps_data();
     void carriesDumps();
     void refusesBadDumps();
@@ -32,6 +33,9 @@ private slots:
     void resets();
     void findsTheTrayOfTheEnvironment();
     void namesWhatIsBroken();
+    void setsNoPlaceBeyondTheEnd();
+    void writesThroughLinksAndIntoDevices();
+    void failsWhenNothingGetsOut();
     void servingNeedsAReader();
 
 private:
@@ -163,6 +167,36 @@ void TestUnifoldTray::addsAndRemoves()
     QCOMPARE(run({"remove", "mine"}), 1);
 }
 
+void TestUnifoldTray::takesOneTitleOrOneForEachLanguage_data()
+{
+    QTest::addColumn<QByteArray>("title");
+    QTest::addColumn<QString>("label"); // null: refused
+    QTest::newRow("text") << QByteArray(R"("One")") << QString("One");
+    QTest::newRow("each") << QByteArray(R"({"en": "One", "zh": "一"})") << QString("One");
+    QTest::newRow("no Chinese") << QByteArray(R"({"en": "One"})") << QString();
+    QTest::newRow("another language") << QByteArray(R"({"en": "One", "zh": "一", "de": "Eins"})") << QString();
+    QTest::newRow("number") << QByteArray("1") << QString();
+    QTest::newRow("number in a language") << QByteArray(R"({"en": 1, "zh": "一"})") << QString();
+}
+
+void TestUnifoldTray::takesOneTitleOrOneForEachLanguage()
+{
+    QFETCH(QByteArray, title);
+    QFETCH(QString, label);
+    // A card of each kind, since each has a schema of its own.
+    for (const char *slot : {"contact", "antenna", "id", "stripe"}) {
+        QCOMPARE(run({"show", cardIn(slot)}), 0);
+        QJsonObject card = object();
+        card["title"] = QJsonDocument::fromJson('[' + title + ']').array().first();
+        const int added = run({"add", "-", "--id", "mine", "--replace"}, QJsonDocument(card).toJson());
+        QCOMPARE(added, label.isNull() ? 1 : 0);
+        if (label.isNull())
+            QVERIFY2(m_errors.contains("title"), m_errors.constData());
+        else
+            QVERIFY(run({"list"}) == 0 && m_output.contains(label.toUtf8()));
+    }
+}
+
 void TestUnifoldTray::carriesDumps_data()
 {
     QTest::addColumn<QString>("name");
@@ -258,6 +292,53 @@ void TestUnifoldTray::namesWhatIsBroken()
     QVERIFY2(m_errors.contains("tray.json"), m_errors);
     QCOMPARE(run({"reset"}), 0);
     QCOMPARE(run({"status"}), 0);
+}
+
+void TestUnifoldTray::setsNoPlaceBeyondTheEnd()
+{
+    QCOMPARE(run({"show", "mifare-wallet"}), 0);
+    const QByteArray before = m_output;
+    for (const char *place : {"/blocks/4000000000", "/blocks/65", "/blocks/x", "/blocks/4/x", "/nowhere/x", ""}) {
+        QCOMPARE(run({"set", "mifare-wallet", place, "00"}), 1);
+        QVERIFY2(!m_errors.isEmpty(), place);
+    }
+    QCOMPARE(run({"set", "id-resident", "/fields/name", QString("[").repeated(50000) + QString("]").repeated(50000)}),
+             1);
+    QCOMPARE(run({"show", "mifare-wallet"}), 0);
+    QCOMPARE(m_output, before);
+}
+
+void TestUnifoldTray::writesThroughLinksAndIntoDevices()
+{
+    const QString target = m_folder->filePath("target.bin");
+    const QString link = m_folder->filePath("link.bin");
+    QFile file(target);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("old");
+    file.close();
+    QVERIFY(QFile::link(target, link));
+    QCOMPARE(run({"export", "mifare-wallet", link}), 0);
+    QVERIFY(QFileInfo(link).isSymLink());
+    QCOMPARE(QFileInfo(target).size(), qint64{1024});
+    // By another name, so that a failing test leaves the machine its device.
+    const QString standard = m_folder->filePath("out");
+    QVERIFY(QFile::link("/proc/self/fd/1", standard));
+    QCOMPARE(run({"export", "mifare-wallet", standard}), 0);
+    QCOMPARE(m_output.size(), 1024);
+}
+
+void TestUnifoldTray::failsWhenNothingGetsOut()
+{
+    for (const QStringList &arguments :
+         {QStringList{"list"}, QStringList{"--json", "status"}, QStringList{"show", "mifare-wallet"},
+          QStringList{"export", "mifare-wallet", "-"}, QStringList{"--help"}}) {
+        QProcess tool;
+        tool.setStandardOutputFile("/dev/full");
+        tool.start(UNIFOLD_TRAY_TOOL, QStringList{"--tray", m_tray} + arguments);
+        QVERIFY(tool.waitForFinished());
+        QCOMPARE(tool.exitCode(), 1);
+        QVERIFY2(tool.readAllStandardError().contains("standard output"), qPrintable(arguments.join(' ')));
+    }
 }
 
 void TestUnifoldTray::servingNeedsAReader()

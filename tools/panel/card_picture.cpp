@@ -1,6 +1,7 @@
 #include "tools/panel/card_picture.h"
 
 #include "drivers/virtual/cards/id_pictures.h"
+#include "tools/panel/texts.h"
 
 #include <QLinearGradient>
 #include <QPainter>
@@ -111,7 +112,7 @@ void drawModule(QPainter &painter, const json &card)
     painter.setFont(font);
     painter.setPen(Qt::black);
     painter.drawText(QRect(60, 196, 284, 38), Qt::AlignCenter,
-                     painter.fontMetrics().elidedText(memberText(card, "title").simplified(), Qt::ElideRight, 270));
+                     painter.fontMetrics().elidedText(cardTitle(card).simplified(), Qt::ElideRight, 270));
 }
 
 void drawCpuCard(QPainter &painter, const json &card)
@@ -130,7 +131,7 @@ void drawCpuCard(QPainter &painter, const json &card)
     drawChip(painter, QRect(40, 80, 76, 62));
     if (card.contains("uid"))
         drawWaves(painter, QPoint(140, 111), kPale);
-    drawLine(painter, 20, 26, memberText(card, "title"));
+    drawLine(painter, 20, 26, cardTitle(card));
     if (bank == nullptr)
         return;
     drawLine(painter, 156, 25, grouped(memberText(*bank, "pan")));
@@ -142,7 +143,7 @@ void drawMifareCard(QPainter &painter, const json &card)
 {
     drawBody(painter, QColor(0x0c, 0x7c, 0x72), QColor(0x6a, 0xc0, 0x8c));
     drawWaves(painter, QPoint(300, 128), kPale);
-    drawLine(painter, 20, 26, memberText(card, "title"));
+    drawLine(painter, 20, 26, cardTitle(card));
     const auto blocks = card.find("blocks");
     if (blocks != card.end() && blocks->is_array() && !blocks->empty() && blocks->front().is_string()) {
         // The first four bytes of block 0.
@@ -166,7 +167,7 @@ void drawStripeCard(QPainter &painter, const json &card)
         painter.setFont(font);
         painter.drawText(28, 28 + 22 * track, written ? QString("%1 ▮▮▮▮▮▮▮▮▮▮").arg(track) : QString::number(track));
     }
-    drawLine(painter, 196, 26, memberText(card, "title"));
+    drawLine(painter, 196, 26, cardTitle(card));
 }
 
 QImage idPicture(const json &card)

@@ -8,36 +8,9 @@
         <translation>Virtual reader</translation>
     </message>
     <message>
-        <source>接触卡槽(&amp;1)</source>
-        <translation>&amp;1 Contact slot</translation>
-    </message>
-    <message>
-        <source>非接感应区(&amp;2)</source>
-        <translation>&amp;2 Antenna</translation>
-    </message>
-    <message>
-        <source>PSAM卡座1(&amp;3)</source>
-        <translation>&amp;3 PSAM 1</translation>
-    </message>
-    <message>
-        <source>PSAM卡座2(&amp;4)</source>
-        <translation>&amp;4 PSAM 2</translation>
-    </message>
-    <message>
-        <source>PSAM卡座3(&amp;5)</source>
-        <translation>&amp;5 PSAM 3</translation>
-    </message>
-    <message>
-        <source>PSAM卡座4(&amp;6)</source>
-        <translation>&amp;6 PSAM 4</translation>
-    </message>
-    <message>
-        <source>身份证区(&amp;7)</source>
-        <translation>&amp;7 ID plate</translation>
-    </message>
-    <message>
-        <source>磁条刷槽(&amp;8)</source>
-        <translation>&amp;8 Stripe</translation>
+        <source>%1(&amp;%2)</source>
+        <extracomment>A slot&apos;s name and its key</extracomment>
+        <translation>&amp;%2 %1</translation>
     </message>
     <message>
         <source>刷卡(&amp;S)</source>
@@ -81,6 +54,70 @@
     <message>
         <source>（无法读取）</source>
         <translation>(cannot be read)</translation>
+    </message>
+</context>
+<context>
+    <name>tray_panel::Texts</name>
+    <message>
+        <source>接触卡槽</source>
+        <translation>Contact slot</translation>
+    </message>
+    <message>
+        <source>非接感应区</source>
+        <translation>Antenna</translation>
+    </message>
+    <message>
+        <source>PSAM卡座1</source>
+        <translation>PSAM 1</translation>
+    </message>
+    <message>
+        <source>PSAM卡座2</source>
+        <translation>PSAM 2</translation>
+    </message>
+    <message>
+        <source>PSAM卡座3</source>
+        <translation>PSAM 3</translation>
+    </message>
+    <message>
+        <source>PSAM卡座4</source>
+        <translation>PSAM 4</translation>
+    </message>
+    <message>
+        <source>身份证区</source>
+        <translation>ID plate</translation>
+    </message>
+    <message>
+        <source>磁条刷槽</source>
+        <translation>Stripe</translation>
+    </message>
+    <message>
+        <source>%1 返回 %2</source>
+        <translation>%1 returns %2</translation>
+    </message>
+    <message>
+        <source>%1 延迟 %2 毫秒</source>
+        <translation>%1 takes %2 ms longer</translation>
+    </message>
+    <message>
+        <source>%1：卡被拔出</source>
+        <translation>%1: the card goes</translation>
+    </message>
+    <message>
+        <source>%1 最多应答 %2 字节</source>
+        <translation>%1 replies with %2 bytes at most</translation>
+    </message>
+    <message>
+        <source>%1 应答的第 %2 字节异或 %3</source>
+        <translation>%1 replies with byte %2 XOR %3</translation>
+    </message>
+    <message>
+        <source>读卡器被拔出</source>
+        <translation>the reader is unplugged</translation>
+    </message>
+    <message>
+        <source>zh</source>
+        <extracomment>The language of the titles: the member of a card&apos;s &quot;title&quot; to show</extracomment>
+        <translation>en</translation>
     </message>
 </context>
 </TS>

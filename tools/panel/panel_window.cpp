@@ -1,6 +1,7 @@
 #include "tools/panel/panel_window.h"
 
 #include "tools/panel/slot_tile.h"
+#include "tools/panel/texts.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -60,22 +61,15 @@ PanelWindow::PanelWindow(std::filesystem::path folder, QWidget *parent) : QWidge
 
 QWidget *PanelWindow::makeReader()
 {
-    struct Place {
-        Slot slot;
-        QString name;
-    };
-    const Place places[] = {
-        {Slot::Contact, tr("接触卡槽(&1)")}, {Slot::Antenna, tr("非接感应区(&2)")}, {Slot::Psam1, tr("PSAM卡座1(&3)")},
-        {Slot::Psam2, tr("PSAM卡座2(&4)")},  {Slot::Psam3, tr("PSAM卡座3(&5)")},    {Slot::Psam4, tr("PSAM卡座4(&6)")},
-        {Slot::IdPlate, tr("身份证区(&7)")}, {Slot::Stripe, tr("磁条刷槽(&8)")},
-    };
     m_reader = new QWidget(this);
     auto *grid = new QGridLayout(m_reader);
     grid->setContentsMargins(0, 0, 0, 0);
-    for (const Place &place : places) {
-        auto *tile = new SlotTile(place.slot, place.name, m_watch, m_reader);
-        tile->setFrameShape(QFrame::StyledPanel);
+    for (const Slot slot : drivers::tray::kAllSlots) {
         const int index = static_cast<int>(m_tiles.size());
+        //: A slot's name and its key
+        const QString name = tr("%1(&%2)").arg(slotLabel(slot)).arg(index + 1);
+        auto *tile = new SlotTile(slot, name, m_watch, m_reader);
+        tile->setFrameShape(QFrame::StyledPanel);
         grid->addWidget(tile, index / kColumns, index % kColumns);
         m_tiles.push_back(tile);
     }

@@ -2,6 +2,7 @@
 
 #include "drivers/virtual/reader/card_models.h"
 #include "tools/panel/card_picture.h"
+#include "tools/panel/texts.h"
 
 #include <exception>
 
@@ -27,7 +28,7 @@ SlotView viewOf(const std::string &id, const json &card)
 {
     SlotView view;
     view.card = id;
-    view.title = plain(drivers::reader::cardLabel(card));
+    view.title = cardTitle(card);
     view.picture = cardPicture(card);
     return view;
 }
@@ -87,7 +88,7 @@ bool TrayWatch::readTray()
     m_view.keyboardMode = state->keyboardMode;
     m_view.faults.clear();
     for (const drivers::tray::Fault &fault : state->faults)
-        m_view.faults << plain(describe(fault));
+        m_view.faults << faultText(fault);
     return true;
 }
 
@@ -153,7 +154,7 @@ std::vector<DeckCard> TrayWatch::fittingCards(Slot slot)
             try {
                 const json card = tray.card(id);
                 if (drivers::tray::slotTakesKind(slot, card.at("kind").get<std::string>()))
-                    cards.push_back({id, plain(drivers::reader::cardLabel(card))});
+                    cards.push_back({id, cardTitle(card)});
             } catch (const drivers::tray::TrayError &) {
                 continue;
             }

@@ -75,6 +75,18 @@ json valueOf(const std::string &text, const json &before)
     return value.is_discarded() || staysText ? json(text) : value;
 }
 
+/// Whether a value may stand there: at a member's place, known or new, or at the end of a list.
+bool isPlace(const json &card, const json::json_pointer &pointer)
+{
+    if (pointer.empty() || !card.contains(pointer.parent_pointer()))
+        return false;
+    const json &parent = card.at(pointer.parent_pointer());
+    if (!parent.is_array() || card.contains(pointer))
+        return parent.is_structured();
+    // A list would be filled up with empty members to a place beyond its end.
+    return pointer.back() == "-" || pointer.back() == std::to_string(parent.size());
+}
+
 void set(const Options &options, const std::string &id, const std::string &place, const std::string &text)
 {
     Tray tray = openTray(options);
@@ -82,7 +94,7 @@ void set(const Options &options, const std::string &id, const std::string &place
     json card = tray.card(id);
     const json::json_pointer pointer = pointerOf(place);
     const json before = card.contains(pointer) ? card.at(pointer) : json();
-    if (pointer.empty() || !card.contains(pointer.parent_pointer()))
+    if (!isPlace(card, pointer))
         throw std::runtime_error("card " + id + " has no place " + pointer.to_string());
     card[pointer] = valueOf(text, before);
     drivers::reader::checkModel(card, tray.cardFile(id).string());

@@ -43,9 +43,13 @@ int run(int argc, char **argv)
 
     try {
         app.parse(argc, argv);
+        tray_tool::finishOutput();
         return kDone;
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? kDone : kWrongUsage;
+        // Help and the version come this way too.
+        if (app.exit(error) != 0)
+            return kWrongUsage;
+        return std::cout.flush() ? kDone : reportFailure("standard output cannot be written", false);
     } catch (const std::exception &error) {
         return reportFailure(error.what(), options.json);
     }

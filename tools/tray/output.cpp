@@ -3,10 +3,13 @@
 #include "drivers/virtual/tray/file_store.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <stdexcept>
+#include <system_error>
+#include <unistd.h>
 
 namespace tray_tool {
 
@@ -62,23 +65,38 @@ void printTable(const std::vector<std::vector<std::string>> &rows)
 
 std::string readInput(const std::string &file)
 {
-    if (file == "-")
-        return {std::istreambuf_iterator<char>(std::cin), {}};
-    std::ifstream stream(file, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(stream), {}};
-    if (!stream.is_open() || stream.bad())
-        throw std::runtime_error(file + ": cannot be read");
-    return content;
+    const bool standard = file == "-";
+    const std::string name = standard ? "standard input" : file;
+    // open() and fcntl() are variadic by their standard.
+    const drivers::tray::FileDescriptor input(standard
+                                                  ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)    // NOLINT(*-vararg)
+                                                  : ::open(file.c_str(), O_RDONLY | O_CLOEXEC)); // NOLINT(*-vararg)
+    if (!input)
+        throw std::system_error(errno, std::generic_category(), name);
+    return drivers::tray::readAll(input, name);
 }
 
 void writeOutput(const std::string &file, const std::string &content)
 {
-    if (file != "-") {
-        drivers::tray::replaceFile(std::filesystem::absolute(file), content);
+    if (file == "-") {
+        std::cout << content;
+        finishOutput();
         return;
     }
-    std::cout << content << std::flush;
-    if (!std::cout)
+    namespace fs = std::filesystem;
+    if (!fs::exists(file) || fs::is_regular_file(file)) {
+        drivers::tray::replaceFile(fs::weakly_canonical(fs::absolute(file)), content);
+        return;
+    }
+    // A device or a pipe is written to; a file in its place would end it.
+    std::ofstream stream(file, std::ios::binary);
+    if (!(stream << content << std::flush))
+        throw std::runtime_error(file + ": cannot be written");
+}
+
+void finishOutput()
+{
+    if (!std::cout.flush())
         throw std::runtime_error("standard output cannot be written");
 }
 

@@ -17,7 +17,11 @@ void printTable(const std::vector<std::vector<std::string>> &rows);
 /// A file's content; "-" is standard input. Throws std::runtime_error naming the file.
 std::string readInput(const std::string &file);
 
-/// Writes a file (mode 0600, whole or not at all); "-" is standard output. Throws std::runtime_error.
+/// Writes a file (mode 0600, whole or not at all; the one that a symbolic link leads to), a device or a pipe; "-" is
+/// standard output. Throws std::runtime_error.
 void writeOutput(const std::string &file, const std::string &content);
+
+/// Throws std::runtime_error if something of what was printed did not get out.
+void finishOutput();
 
 } // namespace tray_tool

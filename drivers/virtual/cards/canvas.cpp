@@ -24,12 +24,15 @@ struct FontRelease {
 using Font = std::unique_ptr<PangoFontDescription, FontRelease>;
 
 /// Keeps the text library (and with it all that it needs) in memory until the process ends, when what draws here has
-/// been unloaded. It cannot be unloaded itself: the types it registers stay in GObject, which never goes, and its
-/// helper threads may still be looking for fonts.
+/// been unloaded. It cannot be unloaded itself: the types it registers stay in GObject, which never goes, its helper
+/// threads may still be looking for fonts, and the pixel library below it loses what it allocates at each load.
 bool keepTextLibrary()
 {
     return dlopen("libpangocairo-1.0.so.0", RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE) != nullptr;
 }
+
+/// From the start, since to be loaded and unloaded costs that memory already.
+const bool kTextLibraryKept = keepTextLibrary();
 
 int pangoUnits(double pixels)
 {
@@ -114,8 +117,7 @@ void Canvas::ellipse(double centerX, double centerY, double radiusX, double radi
 
 void Canvas::text(const std::string &text, const Box &box, const TextStyle &style)
 {
-    static const bool kept = keepTextLibrary();
-    if (!kept)
+    if (!kTextLibraryKept)
         throw std::runtime_error("the text library cannot be kept in memory");
     const Layout layout(pango_cairo_create_layout(m_context));
     const Font font(pango_font_description_from_string("Noto Sans CJK SC, sans-serif"));

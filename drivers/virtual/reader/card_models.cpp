@@ -10,9 +10,12 @@ namespace drivers::reader {
 
 using tray::TrayError;
 
-std::string cardLabel(const nlohmann::json &card)
+std::string cardLabel(const nlohmann::json &card, const std::string &language)
 {
-    return card.value("title", std::string());
+    const auto title = card.find("title");
+    if (title == card.end())
+        return {};
+    return title->is_object() ? title->at(language).get<std::string>() : title->get<std::string>();
 }
 
 void checkModel(const nlohmann::json &card, const std::string &file)

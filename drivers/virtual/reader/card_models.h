@@ -8,8 +8,9 @@
 
 namespace drivers::reader {
 
-/// The card's name for people; empty if it has none.
-std::string cardLabel(const nlohmann::json &card);
+/// The card's name for people, in the language ("en" or "zh") if it has one for each; empty if it has none. `card` has
+/// passed its schema.
+std::string cardLabel(const nlohmann::json &card, const std::string &language = "en");
 
 /// Checks a card against its schema and against all that a schema cannot say. Throws tray::TrayError naming `file`,
 /// the place and the reason.

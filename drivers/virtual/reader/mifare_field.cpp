@@ -72,9 +72,8 @@ void MifareField::refresh()
         m_selected->authentication.reset();
 }
 
-ReturnCode MifareField::perform(const Command &command)
+ReturnCode MifareField::perform(const tray::FolderLock &held, const Command &command)
 {
-    const tray::FolderLock held = m_connection.tray().lock();
     if (losesCard(m_connection.tray(), held, Slot::Antenna)) {
         m_selected.reset();
         return kCardRemoved;
@@ -107,13 +106,14 @@ ReturnCode MifareField::authenticate(int sector, char keyType, const SectorKey &
     if (const ReturnCode result = m_connection.reach(Feature::Antenna); result != kSuccess)
         return result;
     const std::lock_guard guard(m_mutex);
+    const tray::FolderLock held = m_connection.tray().lock();
     if (m_selected) {
         if (const ReturnCode result = checkSelected(); result == kCardRemoved)
             return result;
     }
     if (!m_selected && !trySelect())
         return kNoCard;
-    const ReturnCode result = perform([&](MifareCard &card) { return card.authenticate(sector, keyType, key); });
+    const ReturnCode result = perform(held, [&](MifareCard &card) { return card.authenticate(sector, keyType, key); });
     if (result == kSuccess)
         m_selected->authentication = {sector, keyType, key};
     return result;
@@ -124,9 +124,11 @@ ReturnCode MifareField::run(const Command &command)
     if (const ReturnCode result = m_connection.reach(Feature::Antenna); result != kSuccess)
         return result;
     const std::lock_guard guard(m_mutex);
+    // Before the look at the antenna: a card that is out of it must not be written to.
+    const tray::FolderLock held = m_connection.tray().lock();
     if (const ReturnCode result = checkSelected(); result != kSuccess)
         return result;
-    return perform(command);
+    return perform(held, command);
 }
 
 ReturnCode FieldProbe::probe(std::uint8_t &state, std::uint8_t &cardType)

@@ -45,7 +45,7 @@ private:
     std::optional<ReturnCode> trySelect();
     ReturnCode checkSelected();
     void refresh();
-    ReturnCode perform(const Command &command);
+    ReturnCode perform(const tray::FolderLock &held, const Command &command);
 
     Connection &m_connection;
     std::mutex m_mutex; ///< guards the rest; not held while waiting

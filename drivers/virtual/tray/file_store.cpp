@@ -15,10 +15,11 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr char kLockName[] = ".lock";
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 
-[[noreturn]] void fail(const fs::path &file)
+[[noreturn]] void fail(const fs::path &file, int error = errno)
 {
-    throw std::system_error(errno, std::generic_category(), file.string());
+    throw std::system_error(error, std::generic_category(), file.string());
 }
 
 FileDescriptor openFile(const fs::path &file, int flags, mode_t mode = 0)
@@ -119,7 +120,7 @@ void removeFile(const fs::path &file)
     synchroniseFolder(file.parent_path());
 }
 
-std::string readAll(const FileDescriptor &file)
+std::string readAll(const FileDescriptor &file, const fs::path &name)
 {
     std::string text;
     char chunk[16384];
@@ -130,7 +131,9 @@ std::string readAll(const FileDescriptor &file)
         if (count > 0)
             text.append(chunk, static_cast<std::size_t>(count));
         else if (errno != EINTR)
-            throw std::system_error(errno, std::generic_category(), "read");
+            fail(name);
+        if (text.size() > kMostBytes)
+            fail(name, EFBIG);
     }
 }
 
@@ -154,14 +157,19 @@ bool WatchedFile::changed() const
 std::string WatchedFile::read()
 {
     acknowledge();
-    return readAll(m_lastRead);
+    return readAll(m_lastRead, m_file);
 }
 
 void WatchedFile::acknowledge()
 {
-    FileDescriptor file = openFile(m_file, O_RDONLY);
-    if (::fstat(file.get(), &m_stamp) != 0)
+    // Opening a pipe would wait for its writer.
+    FileDescriptor file = openFile(m_file, O_RDONLY | O_NONBLOCK);
+    struct stat stamp = {};
+    if (::fstat(file.get(), &stamp) != 0)
         fail(m_file);
+    if (!S_ISREG(stamp.st_mode))
+        fail(m_file, S_ISDIR(stamp.st_mode) ? EISDIR : EINVAL);
+    m_stamp = stamp;
     m_lastRead = std::move(file);
 }
 

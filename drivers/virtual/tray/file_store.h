@@ -34,8 +34,9 @@ void replaceFile(const std::filesystem::path &file, const std::string &text);
 /// Removes the file durably; one that does not exist is no error. Throws std::system_error.
 void removeFile(const std::filesystem::path &file);
 
-/// Reads to the end. Throws std::system_error.
-std::string readAll(const FileDescriptor &file);
+/// Reads to the end. `name` is only named in the error. Throws std::system_error; more than 16 MiB, which no card or
+/// dump has, are refused before they fill the memory.
+std::string readAll(const FileDescriptor &file, const std::filesystem::path &name);
 
 /// An exclusive lock among programs and threads, held while the object lives. It lies on a file of its own, so that
 /// the files it guards can be replaced. Not recursive: taking it twice in one thread waits for ever.
@@ -58,7 +59,7 @@ public:
     /// Whether the file is another one than at the last read, or was changed in place, or is gone.
     bool changed() const;
 
-    /// The present text. Throws std::system_error.
+    /// The present text. Throws std::system_error; what is no regular file is refused.
     std::string read();
 
     /// Takes the present file for known, as its writer may do under the lock. Throws std::system_error.

@@ -2,6 +2,7 @@
 
 #include "drivers/virtual/tray/embedded_files.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <valijson/adapters/nlohmann_json_adapter.hpp>
@@ -46,6 +47,24 @@ std::string placeOf(const valijson::ValidationResults::Error &error)
     return place;
 }
 
+/// The validator recurses where a schema does, as in directories of directories, and a stack is not endless.
+constexpr int kMostLevels = 100;
+
+bool nestsDeeper(const json &value, int levels)
+{
+    return value.is_structured() &&
+           (levels == 0 || std::any_of(value.begin(), value.end(),
+                                       [levels](const json &inner) { return nestsDeeper(inner, levels - 1); }));
+}
+
+/// The schemas say "not" of the characters that a text may not have: the validator's regular expressions recurse over
+/// what a repetition matches, so that one pattern for a long text would end the program.
+std::string reasonOf(const valijson::ValidationResults::Error &error)
+{
+    const bool forbidden = error.description.find("'not' constraint") != std::string::npos;
+    return forbidden ? "has a character that does not belong there" : error.description;
+}
+
 } // namespace
 
 json parseJson(const std::string &text, const std::string &file, TrayError::Subject subject)
@@ -63,6 +82,8 @@ void checkAgainstSchema(const json &document, std::string_view schema, const std
     const valijson::Schema *const parsed = findSchema(schema);
     if (parsed == nullptr)
         throw TrayError(subject, file + ": there is no schema " + std::string(schema));
+    if (nestsDeeper(document, kMostLevels))
+        throw TrayError(subject, file + ": $: is nested more than " + std::to_string(kMostLevels) + " levels deep");
     valijson::ValidationResults results;
     if (valijson::Validator().validate(*parsed, Adapter(document), &results))
         return;
@@ -73,7 +94,7 @@ void checkAgainstSchema(const json &document, std::string_view schema, const std
         deepest = std::max(deepest, error.context.size());
     for (const valijson::ValidationResults::Error &error : results) {
         if (error.context.size() == deepest)
-            reasons += (reasons.empty() ? "" : "; ") + placeOf(error) + ": " + error.description;
+            reasons += (reasons.empty() ? "" : "; ") + placeOf(error) + ": " + reasonOf(error);
     }
     throw TrayError(subject, file + ": " + reasons);
 }

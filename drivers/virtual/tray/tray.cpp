@@ -64,6 +64,26 @@ std::string idOfFile(const fs::path &file)
     return file.extension() == ".json" && isCardId(file.stem().string()) ? file.stem().string() : std::string();
 }
 
+bool isSampleCard(const std::string &id)
+{
+    const auto &deck = embeddedDeck();
+    return std::any_of(deck.begin(), deck.end(),
+                       [&id](const EmbeddedFile &file) { return idOfFile(fs::path(file.name)) == id; });
+}
+
+/// A folder that was named by mistake must not lose its rights to others, nor its files.
+void requireOwnFolder(const fs::path &folder)
+{
+    if (!fs::exists(folder))
+        return;
+    for (const fs::directory_entry &entry : fs::directory_iterator(folder)) {
+        const std::string name = entry.path().filename().string();
+        if (name != "cards" && name != ".lock" && name != ".tray.json.new" && name != "tray.json")
+            throw TrayError(TrayError::Subject::Tray,
+                            folder.string() + ": is no tray, and not empty (there is " + name + ")");
+    }
+}
+
 } // namespace
 
 fs::path trayFolder()
@@ -98,22 +118,32 @@ Tray::Tray(fs::path folder) : m_folder(std::move(folder)), m_file(m_folder / "tr
             return;
         if (fs::create_directories(m_folder))
             fs::permissions(m_folder, fs::perms::owner_all);
-        // Another program may be laying it out at this moment; who comes second finds it done.
-        const FolderLock held(m_folder);
-        if (!fs::exists(m_file.path()))
-            layOut(held, {});
+        layOut();
     });
 }
 
-void Tray::layOut(const FolderLock &held, const TrayState &empty)
+void Tray::layOut()
+{
+    requireOwnFolder(m_folder);
+    // Another program may be laying it out at this moment; who comes second finds it done.
+    const FolderLock held(m_folder);
+    if (fs::exists(m_file.path()))
+        return;
+    fs::permissions(m_folder, fs::perms::owner_all);
+    saveSampleCards(held, false);
+    // Last, since its being there says that the tray is complete.
+    replaceFile(m_file.path(), jsonText(toJson(firstLayout({}))));
+}
+
+void Tray::saveSampleCards(const FolderLock &held, bool replace)
 {
     fs::create_directories(m_folder / "cards");
-    fs::permissions(m_folder, fs::perms::owner_all);
     fs::permissions(m_folder / "cards", fs::perms::owner_all);
-    for (const EmbeddedFile &file : embeddedDeck())
-        saveCard(held, idOfFile(fs::path(file.name)), json::parse(file.text));
-    // Last, since its being there says that the tray is complete.
-    replaceFile(m_file.path(), jsonText(toJson(firstLayout(empty))));
+    for (const EmbeddedFile &file : embeddedDeck()) {
+        const std::string id = idOfFile(fs::path(file.name));
+        if (replace || !fs::exists(cardFile(id)))
+            saveCard(held, id, json::parse(file.text));
+    }
 }
 
 std::shared_ptr<const TrayState> Tray::state()
@@ -220,15 +250,14 @@ void Tray::reset()
         // A tray that cannot be read any more is what a reset is for.
     }
     withFiles(TrayError::Subject::Tray, [&] {
-        const auto &deck = embeddedDeck();
+        fs::permissions(m_folder, fs::perms::owner_all);
+        saveSampleCards(held, true);
+        replaceFile(m_file.path(), jsonText(toJson(firstLayout(emptied(before)))));
+        // Only now: what lies in a slot is in the deck at any moment.
         for (const std::string &id : cardIds()) {
-            const bool sample = std::any_of(deck.begin(), deck.end(), [&id](const EmbeddedFile &file) {
-                return idOfFile(fs::path(file.name)) == id;
-            });
-            if (!sample)
+            if (!isSampleCard(id))
                 removeFile(cardFile(id));
         }
-        layOut(held, emptied(before));
     });
 }
 

@@ -32,7 +32,8 @@ bool isCardId(const std::string &id);
 /// All methods may be called from several threads and throw TrayError.
 class Tray {
 public:
-    /// Lays the tray out from the sample deck if the folder holds none.
+    /// Lays the tray out from the sample deck if the folder holds none; cards that are there already stay as they are.
+    /// A folder with other things in it is refused and left alone.
     explicit Tray(std::filesystem::path folder);
 
     const std::filesystem::path &folder() const { return m_folder; }
@@ -71,7 +72,8 @@ public:
     void reset();
 
 private:
-    void layOut(const FolderLock &held, const TrayState &empty);
+    void layOut();
+    void saveSampleCards(const FolderLock &held, bool replace);
 
     std::filesystem::path m_folder;
     std::mutex m_mutex; ///< guards the two below

@@ -14,6 +14,8 @@ namespace {
 
 const QString kSeparator = Bench::separator("IC卡");
 const QString kNotOpen = "[IC卡] 设备未打开！";
+const QString kTransaction =
+    "P012000000000000Q012000000000000R0040156S006140426T00201U006143837V024D7DBBACFB9F1C3E6B2E2CAD4";
 
 } // namespace
 
@@ -142,6 +144,7 @@ private slots:
         QVERIFY(Bench::calls().isEmpty());
         bench.press("pushButton_cpucard_status", page);
         QCOMPARE(Bench::calls(), QStringList({"vek_icc_status(1A2B, " + code + ")"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] vek_icc_status return[0x0]"}));
     }
 
     void slotCodeOutlivesCloseAndReopen()
@@ -270,7 +273,9 @@ private slots:
             return 0;
         };
         bench.press("pushButton_cpucard_apdu", page);
-        QCOMPARE(bench.log().last(), "[IC卡] recv RPDU=[" + QString(1024, 'F') + "]");
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] send APDU=[00A4040008A000000333010101]",
+                                           "[IC卡] vek_icc_apdu return[0x0] (assert 0)",
+                                           "[IC卡] recv RPDU=[" + QString(1024, 'F') + "]"}));
     }
 
     void probeNamesTheFieldState_data()
@@ -360,7 +365,12 @@ private slots:
         bench.press("pushButton_pboc_readinfo", page);
         QCOMPARE(Bench::calls(), QStringList({"vek_pboc_get_card_info(1A2B, 0x02, 5000, \"A000000333\", \"ACDEIJ\", "
                                               "&0, char[1024], &0, 0x01)"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] taglist=[ACDEIJ]",
+                                           "[IC卡] vek_pboc_get_card_info return[0x0] (assert 0)", "[IC卡] info=[]"}));
+        bench.forget();
         bench.press("pushButton_pboc_taglist_whole", page);
+        QVERIFY(bench.log().isEmpty());
+        QVERIFY(Bench::calls().isEmpty());
         QCOMPARE(bench.widget<QLineEdit>("lineEdit_pboc_taglist", page)->text(), "ABCDEFGHIJKLMNOPQ");
     }
 
@@ -369,17 +379,16 @@ private slots:
         Bench bench;
         bench.openDevice();
         auto *page = bench.page<Form_CPU_Iccard>();
-        const QString transaction = bench.widget<QLineEdit>("lineEdit_pboc_arqc", page)->text();
-        QCOMPARE(transaction.size(), 94);
+        QCOMPARE(kTransaction.size(), 94);
         recorder().vek_pboc_get_arqc = [](auto, auto, auto, auto, auto, auto, auto, char *result, auto, auto) {
             std::strcpy(result, "A00412AB");
             return 0;
         };
         bench.press("pushButton_pboc_arqc", page);
         QCOMPARE(Bench::calls(), QStringList({"vek_pboc_get_arqc(1A2B, 0x02, 5000, \"A000000333\", 10, \"" +
-                                              transaction + "\", 94, char[1024], &0, 0x00)"}));
+                                              kTransaction + "\", 94, char[1024], &0, 0x00)"}));
         QCOMPARE(bench.log(),
-                 QStringList({kSeparator, "[IC卡] txdata=[" + transaction + "]",
+                 QStringList({kSeparator, "[IC卡] txdata=[" + kTransaction + "]",
                               "[IC卡] vek_pboc_get_arqc return[0x0] (assert 0)", "[IC卡] ARQC=[A00412AB]"}));
     }
 
@@ -391,9 +400,12 @@ private slots:
         recorder().vek_pboc_get_card_info = [](auto, auto, auto, auto, auto, auto, auto, auto, auto) { return 2; };
         recorder().vek_pboc_get_arqc = [](auto, auto, auto, auto, auto, auto, auto, auto, auto, auto) { return 3; };
         bench.press("pushButton_pboc_readinfo", page);
-        QCOMPARE(bench.log().last(), "[IC卡] vek_pboc_get_card_info return[0x2] (assert 0)");
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] taglist=[ABCDEFGHIJKLMNOPQ]",
+                                           "[IC卡] vek_pboc_get_card_info return[0x2] (assert 0)"}));
+        bench.forget();
         bench.press("pushButton_pboc_arqc", page);
-        QCOMPARE(bench.log().last(), "[IC卡] vek_pboc_get_arqc return[0x3] (assert 0)");
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[IC卡] txdata=[" + kTransaction + "]",
+                                           "[IC卡] vek_pboc_get_arqc return[0x3] (assert 0)"}));
     }
 
     void timeoutOf70SecondsWrapsForPbocOnly()
@@ -405,10 +417,18 @@ private slots:
         bench.press("pushButton_pboc_arqc", page);
         bench.press("pushButton_pboc_readinfo", page);
         bench.press("pushButton_cpucard_poweron", page);
-        QCOMPARE(Bench::calls().size(), 3);
-        QVERIFY(Bench::calls().at(0).startsWith("vek_pboc_get_arqc(1A2B, 0x02, 4464, "));
-        QVERIFY(Bench::calls().at(1).startsWith("vek_pboc_get_card_info(1A2B, 0x02, 4464, "));
-        QVERIFY(Bench::calls().at(2).startsWith("vek_icc_poweron(1A2B, 0x02, 70000, "));
+        QCOMPARE(Bench::calls(),
+                 QStringList({"vek_pboc_get_arqc(1A2B, 0x02, 4464, \"A000000333\", 10, \"" + kTransaction +
+                                  "\", 94, char[1024], &0, 0x00)",
+                              "vek_pboc_get_card_info(1A2B, 0x02, 4464, \"A000000333\", \"ABCDEFGHIJKLMNOPQ\", &0, "
+                              "char[1024], &0, 0x01)",
+                              "vek_icc_poweron(1A2B, 0x02, 70000, char[256], &0)"}));
+        QCOMPARE(bench.log(),
+                 QStringList({kSeparator, "[IC卡] txdata=[" + kTransaction + "]",
+                              "[IC卡] vek_pboc_get_arqc return[0x0] (assert 0)", "[IC卡] ARQC=[]", kSeparator,
+                              "[IC卡] taglist=[ABCDEFGHIJKLMNOPQ]",
+                              "[IC卡] vek_pboc_get_card_info return[0x0] (assert 0)", "[IC卡] info=[]", kSeparator,
+                              "[IC卡] vek_icc_poweron return[0x0] (assert 0)", "[IC卡] ATR = []"}));
     }
 
     void threeButtonsAreInert_data()

@@ -174,6 +174,8 @@ private slots:
         bench.press("pushButton_command_aa", page);
         QCOMPARE(Bench::calls(),
                  QStringList({"vek_idcr_transive(1A2B, 5000, " + bytes + ", &0, byte[8192], 8192, &0)"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[二代证] vek_idcr_transive return[0] (assert 0)",
+                                           "[二代证] SW=[00000000], length=[0].", "Data={", "}"}));
     }
 
     void passThroughOfAnotherLengthIsRefused_data()
@@ -269,6 +271,7 @@ private slots:
         for (const QVariantList &arguments : log)
             posted << arguments.first().toString().remove(stamp);
         QCOMPARE(posted, expected);
+        QCOMPARE(Bench::calls(), QStringList({"vek_idcr_transive(1A2B, 5000, 0x20, 0x01, &0, byte[8192], 8192, &0)"}));
     }
 
     void passThroughInTheLogPane()

@@ -109,6 +109,8 @@ private slots:
         bench.press("pushButton_read_idc", page);
         QCOMPARE(events.list, QStringList({kSeparator, kReturned, "show 1", "front 404x257", "back 405x258"}));
         QCOMPARE(shownPhoto(bench), QSize(0, 0));
+        QCOMPARE(Bench::calls().size(), 1);
+        QVERIFY(Bench::calls().first().startsWith("vek_idcr_getinfo(1A2B, 0x1A, 5000, 1, "));
     }
 
     void withoutTheCompositeOptionTheDialogIsLeftAlone()

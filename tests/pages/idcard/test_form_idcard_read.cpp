@@ -1,5 +1,16 @@
 #include "tests/pages/idcard/card_reading.h"
 
+namespace {
+
+/// The call of a read with the options that the page starts with.
+QString readCall()
+{
+    return QString("vek_idcr_getinfo(1A2B, 0x1E, 5000, 1, char[512], char[2048], \"%1\", \"%2\", \"%3\")")
+        .arg(imagePath("photo.jpg"), imagePath("front.jpg"), imagePath("back.jpg"));
+}
+
+} // namespace
+
 class TestFormIdcardRead : public QObject {
     Q_OBJECT
 
@@ -14,10 +25,7 @@ private slots:
         answerCard(kCard, soundPictures());
         Events events(page);
         bench.press("pushButton_read_idc", page);
-        QCOMPARE(Bench::calls(),
-                 QStringList({QString("vek_idcr_getinfo(1A2B, 0x1E, 5000, 1, char[512], char[2048], "
-                                      "\"%1\", \"%2\", \"%3\")")
-                                  .arg(imagePath("photo.jpg"), imagePath("front.jpg"), imagePath("back.jpg"))}));
+        QCOMPARE(Bench::calls(), QStringList({readCall()}));
         QCOMPARE(events.list,
                  QStringList({kSeparator, kReturned, "photo 102x126", "show 1", "front 404x257", "back 405x258"}));
         QCOMPARE(infoText(bench), kCardText);
@@ -124,7 +132,24 @@ private slots:
         auto *page = bench.page<Form_Idcard>();
         answerCard("Y张三", soundPictures());
         bench.press("pushButton_read_idc", page);
-        QVERIFY(infoText(bench).startsWith("类别：2023新版永居证\n\n姓名: \n性别:    换证次数: "));
+        QCOMPARE(infoText(bench),
+                 "类别：2023新版永居证\n\n姓名: \n性别:    换证次数:    出生日期: \n英文姓名: \n公民身份号码: "
+                 "\n签发机关: 国家移民管理局\n起始日期:     结束日期: \n有效期限:    国籍: \n既往版本:    "
+                 "旧证件号码: \n");
+        QCOMPARE(Bench::calls(), QStringList({readCall()}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, kReturned}));
+    }
+
+    void emptyAuthorityIsShownAsTheNationalOne()
+    {
+        Bench bench;
+        bench.openDevice();
+        auto *page = bench.page<Form_Idcard>();
+        answerCard(QByteArray(kCard).replace("某局", ""), soundPictures());
+        bench.press("pushButton_read_idc", page);
+        QCOMPARE(infoText(bench), QString(kCardText).replace("某局", "国家移民管理局"));
+        QCOMPARE(Bench::calls(), QStringList({readCall()}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, kReturned}));
     }
 
     void anotherSeparatorLeavesEverythingInFieldZero()
@@ -136,7 +161,11 @@ private slots:
         bench.press("pushButton_info_separator", page);
         answerCard(QByteArray(kCard).replace('|', '#'), soundPictures());
         bench.press("pushButton_read_idc", page);
-        QVERIFY(infoText(bench).startsWith("类别：居民身份证\n\n姓名: \n性别: "));
+        QCOMPARE(infoText(bench),
+                 "类别：居民身份证\n\n姓名: \n性别:    民族:    出生日期: \n住址: \n公民身份号码: \n签发机关: "
+                 "国家移民管理局\n起始日期:     结束日期: \n有效期限: \n");
+        QCOMPARE(Bench::calls(), QStringList({"vek_idcr_set_separation(0x23)", readCall()}));
+        QCOMPARE(bench.log(), QStringList({"[二代证] 设置分隔符为 # 成功", kSeparator, kReturned}));
     }
 
     void timeoutIsTheContexts()

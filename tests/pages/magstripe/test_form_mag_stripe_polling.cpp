@@ -44,6 +44,15 @@ public:
         return static_cast<int>(
             std::count_if(made.begin(), made.end(), [&](const QString &call) { return call.startsWith(name + "("); }));
     }
+
+    /// The calls of one session, started once and asked as often as it was.
+    static QStringList oneSession()
+    {
+        QStringList expected{"vek_msr_qm_start(1A2B)"};
+        for (int i = count("vek_msr_qm_status"); i > 0; --i)
+            expected << "vek_msr_qm_status(1A2B)";
+        return expected;
+    }
 };
 
 /// A script of vek_msr_qm_status that gives the answers one after the other and then 0 for ever.
@@ -79,10 +88,7 @@ private slots:
         StripeBench bench;
         bench.start();
         QTRY_VERIFY(StripeBench::count("vek_msr_qm_status") >= 4);
-        QStringList expected{"vek_msr_qm_start(1A2B)"};
-        for (int i = StripeBench::count("vek_msr_qm_status"); i > 0; --i)
-            expected << "vek_msr_qm_status(1A2B)";
-        QCOMPARE(Bench::calls(), expected);
+        QCOMPARE(Bench::calls(), StripeBench::oneSession());
         QCOMPARE(bench.log(), QStringList({kSeparator}));
     }
 
@@ -92,8 +98,7 @@ private slots:
         recorder().vek_msr_qm_start = [](auto) { return -2; };
         bench.start();
         QTRY_VERIFY(StripeBench::count("vek_msr_qm_status") >= 3);
-        QCOMPARE(StripeBench::count("vek_msr_qm_start"), 1);
-        QCOMPARE(Bench::calls().mid(0, 2), QStringList({"vek_msr_qm_start(1A2B)", "vek_msr_qm_status(1A2B)"}));
+        QCOMPARE(Bench::calls(), StripeBench::oneSession());
         QCOMPARE(bench.log(), QStringList({kSeparator, "[磁条卡] vek_msr_qm_start return[-2] (assert 0)"}));
     }
 
@@ -102,7 +107,11 @@ private slots:
         StripeBench bench;
         recorder().vek_msr_qm_status = statuses({0, 1});
         recorder().vek_msr_qm_get = swipe("TRACK1", "22", "333");
-        recorder().vek_msr_qm_stop = [](auto) { return -1; };
+        QStringList logAtStop;
+        recorder().vek_msr_qm_stop = [&](auto) {
+            logAtStop = bench.log();
+            return -1;
+        };
         bench.start();
         QTRY_VERIFY(Bench::calls().size() >= 7);
         QCOMPARE(Bench::calls().mid(0, 7),
@@ -110,6 +119,7 @@ private slots:
                               "vek_msr_qm_stop(1A2B)", "vek_msr_qm_start(1A2B)", "vek_msr_qm_status(1A2B)"}));
         QCOMPARE(bench.log(), QStringList({kSeparator, kSeparator, "[磁条卡] track1[TRACK1]", "[磁条卡] track2[22]",
                                            "[磁条卡] track3[333]"}));
+        QCOMPARE(bench.log(), logAtStop);
         QCOMPARE(trackTexts(bench), QStringList({"", "22", "333"}));
         QCOMPARE(bench.enabled(), QList<bool>({false, false, true}));
     }
@@ -120,8 +130,11 @@ private slots:
         recorder().vek_msr_qm_status = statuses({1, 1, 1});
         bench.start();
         QTRY_VERIFY(StripeBench::count("vek_msr_qm_start") == 4);
-        QCOMPARE(StripeBench::count("vek_msr_qm_get"), 3);
-        QCOMPARE(StripeBench::count("vek_msr_qm_stop"), 3);
+        QStringList expected;
+        for (int swipe = 0; swipe < 3; ++swipe)
+            expected << "vek_msr_qm_start(1A2B)"
+                     << "vek_msr_qm_status(1A2B)" << kGet << "vek_msr_qm_stop(1A2B)";
+        QCOMPARE(Bench::calls().mid(0, 12), expected);
     }
 
     void failedGetIsLoggedAndTheNextTickStartsAgain()
@@ -145,8 +158,7 @@ private slots:
         bench.start();
         QTRY_VERIFY(StripeBench::count("vek_msr_qm_status") >= 5);
         QCOMPARE(bench.log(), QStringList({kSeparator, kNoData, kNoData, kNoData}));
-        QCOMPARE(StripeBench::count("vek_msr_qm_start"), 1);
-        QCOMPARE(StripeBench::count("vek_msr_qm_stop"), 0);
+        QCOMPARE(Bench::calls(), StripeBench::oneSession());
     }
 
     void hostileTracksAreShownAsCharacters()
@@ -270,6 +282,22 @@ private slots:
         QVERIFY(begins[2] - ends[1] >= 25);
         bench.stop();
         recorder().vek_msr_qm_status = nullptr;
+    }
+
+    void intervalCannotBeTypedWhilePolling()
+    {
+        StripeBench bench("25");
+        bench.start();
+        auto *field = bench.widget<QLineEdit>("lineEdit_async_thread_interval_time", bench.page());
+        QTest::mouseClick(field, Qt::LeftButton);
+        QVERIFY(!field->hasFocus());
+        QTRY_VERIFY(StripeBench::count("vek_msr_qm_status") >= 2);
+        QCOMPARE(field->text(), "25");
+        QCOMPARE(bench.timer()->interval(), 25);
+        bench.stop();
+        bench.type("lineEdit_async_thread_interval_time", "7", bench.page());
+        bench.start();
+        QCOMPARE(bench.timer()->interval(), 7);
     }
 
     void intervalIsReadOnEachTick()

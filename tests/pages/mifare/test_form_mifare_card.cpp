@@ -236,6 +236,8 @@ private slots:
         bench.press("pushButton_mifare_auth", page);
         QCOMPARE(Bench::calls(), QStringList({"vek_mifare_authentication(1A2B, 1, 'B', \"FFFFFFFFFFFF\")",
                                               "vek_mifare_authentication(1A2B, 1, 'A', \"FFFFFFFFFFFF\")"}));
+        const QString returned = "[M1卡] vek_mifare_authentication return[0x0] (assert 0)";
+        QCOMPARE(bench.log(), QStringList({kSeparator, returned, kSeparator, returned}));
     }
 
     void keyChangePassesTheNewKeyOnly()
@@ -284,6 +286,9 @@ private slots:
         QCOMPARE(Bench::calls(),
                  QStringList({"vek_mifare_authentication(1A2B, 1, 'A', \"\")",
                               "vek_mifare_change_key(1A2B, 1, 'A', \"\")", "vek_mifare_write_block(1A2B, 5, \"\")"}));
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[M1卡] vek_mifare_authentication return[0x0] (assert 0)",
+                                           kSeparator, "[M1卡] vek_mifare_change_key return[0x0] (assert 0)",
+                                           kSeparator, "[M1卡] vek_mifare_write_block return[0x0] (assert 0)"}));
     }
 
     void everySectorAndBlockHasItsAbsoluteNumber()
@@ -295,6 +300,7 @@ private slots:
         auto *blocks = bench.widget<QComboBox>("comboBox_mifare_block_number", page);
         auto *absolute = bench.widget<QLineEdit>("lineEdit_mifare_block_number_abs", page);
         QStringList expected;
+        QStringList lines;
         for (int sector = 0; sector < 16; ++sector)
             for (int block = 0; block < 4; ++block) {
                 sectors->setCurrentIndex(sector);
@@ -303,8 +309,11 @@ private slots:
                 QCOMPARE(absolute->text(), number);
                 bench.press("pushButton_mifare_read_block", page);
                 expected << "vek_mifare_read_block(1A2B, " + number + ", char[40])";
+                lines << kSeparator << "[M1卡] vek_mifare_read_block return[0x0] (assert 0)"
+                      << "[M1卡] DATA = []";
             }
         QCOMPARE(Bench::calls(), expected);
+        QCOMPARE(bench.log(), lines);
         QVERIFY(expected.last().contains(", 63, "));
     }
 

@@ -169,7 +169,11 @@ private slots:
                  QStringList({"vek_mifare_init_value(1A2B, 5, 100)", "vek_mifare_increase_value(1A2B, 61, 170)",
                               "vek_mifare_decrease_value(1A2B, 62, 60)", "vek_mifare_read_value(1A2B, 62, &0)"}));
         QCOMPARE(bench.widget<QLineEdit>("lineEdit_mifare_block_number_abs", page)->text(), "62");
-        QCOMPARE(bench.log().last(), "[M1卡] 余额 = [-60]");
+        QCOMPARE(bench.log(),
+                 QStringList({kSeparator, "[M1卡] vek_mifare_init_value return[0x0] (assert 0)", kSeparator,
+                              "[M1卡] vek_mifare_increase_value return[0x0] (assert 0)", kSeparator,
+                              "[M1卡] vek_mifare_decrease_value return[0x0] (assert 0)", kSeparator,
+                              "[M1卡] vek_mifare_read_value return[0x0] (assert 0)", "[M1卡] 余额 = [-60]"}));
     }
 
     void withoutDeviceEveryButtonLogsTwoLinesAndCallsNothing_data()

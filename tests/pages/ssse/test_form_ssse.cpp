@@ -170,6 +170,7 @@ private slots:
         recorder().vek_ssse_get_issuer_info = failing;
         recorder().vek_ssse_get_user_info = failing;
         bench.press(button.toUtf8().constData(), page);
+        QCOMPARE(Bench::calls(), QStringList({call + "(1A2B, 0x02, 5000, char[1024], 1)"}));
         QCOMPARE(bench.log(),
                  QStringList({kSeparator, QString("[社保卡] %1 return[0xFFFFFFFE] (assert 0)").arg(call)}));
         QCOMPARE(edit->toPlainText(), "");
@@ -189,7 +190,11 @@ private slots:
         auto *page = bench.page<Form_ssse>();
         auto *edit = bench.widget<QTextEdit>(box.toUtf8().constData(), page);
         edit->setPlainText("the last card");
+        // The box is empty before the first line comes.
+        QStringList textAtLine;
+        connect(page, &Form_ssse::addLog, edit, [&] { textAtLine << edit->toPlainText(); });
         bench.press(button.toUtf8().constData(), page);
+        QCOMPARE(textAtLine, QStringList({"", ""}));
         QCOMPARE(bench.log(), QStringList({kSeparator, kNotOpen}));
         QVERIFY(Bench::calls().isEmpty());
         QCOMPARE(edit->toPlainText(), "");

@@ -120,6 +120,7 @@ private slots:
             return -5;
         };
         bench.press("pushButton_firm_version", page);
+        QCOMPARE(Bench::calls(), QStringList({"vek_firm_version(1A2B, char[256], &0)"}));
         QCOMPARE(bench.log(), QStringList({kSeparator, "[状态指示] vek_firm_version return[-5] (assert 0)"}));
         QCOMPARE(field->text(), "");
     }
@@ -137,6 +138,19 @@ private slots:
         QCOMPARE(field->text(), "");
     }
 
+    void separatorLineComesBeforeTheFieldIsEmptied()
+    {
+        Bench bench;
+        bench.loadDriver();
+        auto *page = bench.page<Form_Info_Status_Indicator>();
+        auto *field = bench.widget<QLineEdit>("lineEdit_frim_version", page);
+        field->setText("old");
+        QStringList textAtLine;
+        connect(page, &Form_Info_Status_Indicator::addLog, field, [&] { textAtLine << field->text(); });
+        bench.press("pushButton_firm_version", page);
+        QCOMPARE(textAtLine, QStringList({"old", ""}));
+    }
+
     void versionWithoutNulEndsAtTheBuffersEnd()
     {
         Bench bench;
@@ -148,8 +162,11 @@ private slots:
         };
         bench.press("pushButton_firm_version", page);
         const QString whole(256, 'V');
-        QCOMPARE(bench.log().last(), "[状态指示] firm_version [" + whole + "]");
-        QCOMPARE(bench.widget<QLineEdit>("lineEdit_frim_version", page)->text(), whole);
+        QCOMPARE(bench.log(), QStringList({kSeparator, "[状态指示] vek_firm_version return[0] (assert 0)",
+                                           "[状态指示] firm_version [" + whole + "]"}));
+        auto *field = bench.widget<QLineEdit>("lineEdit_frim_version", page);
+        QCOMPARE(field->text(), whole);
+        QCOMPARE(field->cursorPosition(), 0); // shown from its beginning
     }
 
     void versionWithMarkupIsShownAsCharacters()
@@ -298,6 +315,7 @@ private slots:
         QSignalSpy told(page, SIGNAL(changeBaudIndex(int)));
         recorder().vek_set_baud = [](auto, auto, auto) { return -1; };
         bench.press("pushButton_set_baud", page);
+        QCOMPARE(Bench::calls(), QStringList({"vek_set_baud(1A2B, 115200, 0x00)"}));
         QCOMPARE(bench.log(), QStringList({kSeparator, "[状态指示] vek_set_baud return[-1] (assert 0)"}));
         QCOMPARE(told.size(), 0);
         QCOMPARE(bench.widget<QComboBox>("comboBox_baud")->currentIndex(), 0);

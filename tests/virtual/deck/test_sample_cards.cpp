@@ -4,6 +4,8 @@
 #include "drivers/virtual/cards/mifare_card.h"
 #include "drivers/virtual/cards/stripe_card.h"
 
+#include <QDir>
+#include <QRegularExpression>
 #include <QtTest>
 
 #include <fstream>
@@ -29,6 +31,7 @@ class TestSampleCards : public QObject {
     Q_OBJECT
 
 private slots:
+    void everyCardHasATitleInBothLanguages();
     void idCardsCoverEveryKind_data();
     void idCardsCoverEveryKind();
     void startValuesWorkOnBothMifareCards_data();
@@ -38,6 +41,19 @@ private slots:
     void blockedSectorIsBlocked();
     void stripesAreFullPartialAndEmpty();
 };
+
+void TestSampleCards::everyCardHasATitleInBothLanguages()
+{
+    const QStringList names = QDir(UNIFOLD_DECK).entryList({"*.json"});
+    QCOMPARE(names.size(), 17);
+    static const QRegularExpression han("\\p{Han}");
+    for (const QString &name : names) {
+        const auto title = sample(qPrintable(QFileInfo(name).completeBaseName())).at("title");
+        const QString english = QString::fromStdString(title.at("en"));
+        QVERIFY2(!english.isEmpty() && !han.match(english).hasMatch(), qPrintable(name));
+        QVERIFY2(han.match(QString::fromStdString(title.at("zh"))).hasMatch(), qPrintable(name));
+    }
+}
 
 void TestSampleCards::idCardsCoverEveryKind_data()
 {

@@ -38,6 +38,7 @@ private slots:
     void writesAreKept();
     void seesWhatAnotherProgramWrote();
     void removalIsToldOnce();
+    void writesToNoCardThatIsOutOfTheField();
     void findingWaitsForAMifareCard();
     void contactReaderHasNone();
 
@@ -215,6 +216,28 @@ void TestVirtualMifare::removalIsToldOnce()
     QCOMPARE(find(device), 0);
     QCOMPARE(authenticate(device), 0);
     QCOMPARE(read(device), 0);
+}
+
+void TestVirtualMifare::writesToNoCardThatIsOutOfTheField()
+{
+    TrayWorld world;
+    const OpenDevice device(m_library);
+    QCOMPARE(find(device), kSuccess);
+    QCOMPARE(authenticate(device), kSuccess);
+    const std::string card = world.cardIn(Slot::Antenna);
+    const auto before = world.tray().card(card);
+    int result = kSuccess;
+    std::thread writer;
+    {
+        // The call stands before the lock while another program takes the card out.
+        const tray::FolderLock held = world.tray().lock();
+        writer = std::thread([&] { result = write(device, kBlock); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        world.tray().update(held, [](tray::TrayState &state) { state.take(Slot::Antenna); });
+    }
+    writer.join();
+    QCOMPARE(result, int{kCardRemoved});
+    QVERIFY(world.tray().card(card) == before);
 }
 
 void TestVirtualMifare::findingWaitsForAMifareCard()

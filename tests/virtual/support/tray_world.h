@@ -5,7 +5,7 @@
 #include "sdk/contracts.h"
 
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QTest>
 
 #include <cstdlib>
 #include <dlfcn.h>

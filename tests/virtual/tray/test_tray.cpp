@@ -3,10 +3,12 @@
 #include "drivers/virtual/tray/schema_check.h"
 #include "tests/virtual/support/tray_world.h"
 
-#include <QtTest>
+#include <QTest>
 
+#include <array>
 #include <csignal>
 #include <fstream>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -67,8 +69,14 @@ private slots:
     void isLaidOutAtFirstUse();
     void findsItsFolder();
     void keepsWhatWasThere();
+    void keepsCardsWhenTheStateIsLost();
+    void leavesAFolderOfOtherThingsAlone();
     void resetForgetsTheRest();
     void tellsWhereAFileIsBroken();
+    void takesTheLongestTexts();
+    void refusesHostileFiles_data();
+    void refusesHostileFiles();
+    void refusesFilesThatAreNone();
     void refusesWhatIsNoCardId();
     void refusesACardThatDoesNotFitItsSlot();
     void cardLiesInOneSlotOnly();
@@ -129,6 +137,33 @@ void TestTray::keepsWhatWasThere()
     QCOMPARE(state->faults.front().seen, std::uint64_t{1});
 }
 
+void TestTray::keepsCardsWhenTheStateIsLost()
+{
+    TrayWorld world;
+    const fs::path folder = world.tray().folder();
+    const std::string id = world.cardIn(Slot::Antenna);
+    json card = world.tray().card(id);
+    card["title"] = "mine";
+    world.tray().saveCard(world.tray().lock(), id, card);
+    fs::remove(folder / "tray.json");
+    Tray again(folder);
+    QVERIFY(again.card(id) == card);
+    QCOMPARE(again.state()->at(Slot::Antenna).card, id);
+}
+
+void TestTray::leavesAFolderOfOtherThingsAlone()
+{
+    const QTemporaryDir other;
+    const fs::path folder = other.path().toStdString();
+    const auto everyone = fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec;
+    fs::permissions(folder, everyone);
+    overwrite(folder / "letter.txt", "dear");
+    const std::string error = errorOf([&] { const Tray tray(folder); });
+    QVERIFY2(contains(error, folder.string()) && contains(error, "letter.txt"), error.c_str());
+    QCOMPARE(fs::status(folder).permissions(), everyone);
+    QCOMPARE(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), std::ptrdiff_t{1});
+}
+
 void TestTray::resetForgetsTheRest()
 {
     TrayWorld world;
@@ -185,6 +220,82 @@ void TestTray::tellsWhereAFileIsBroken()
     QVERIFY2(contains(error, "spoon"), error.c_str());
 }
 
+void TestTray::takesTheLongestTexts()
+{
+    // The longest file that a card can have, and half a kilobyte with blanks between the bytes.
+    json card = {{"kind", "cpu"},
+                 {"atr", "3B00"},
+                 {"applications", {{{"type", "files"}, {"files", {{{"id", "0001"}, {"content", ""}}}}}}}};
+    json &content = card["applications"][0]["files"][0]["content"];
+    content = std::string(std::size_t{2} * 32768, 'A');
+    checkCard(card, "card");
+    std::string blanks;
+    for (int i = 0; i < 512; ++i)
+        blanks += "A5 ";
+    content = blanks;
+    checkCard(card, "card");
+}
+
+void TestTray::refusesHostileFiles_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("reason");
+    const auto repeated = [](const char *part, int times) { return QByteArray(part).repeated(times); };
+    const QByteArray longText = repeated("A", 1000000);
+    const QByteArray cpu = R"({"kind":"cpu","atr":"3B00","applications":[)";
+    QTest::newRow("directories of directories")
+        << cpu + R"({"type":"files","directories":[)" + repeated(R"({"id":"DF01","directories":[)", 20000) +
+               repeated("]}", 20000) + "]}]}"
+        << QByteArray("levels deep");
+    QTest::newRow("lists of lists") << repeated("[", 200000) + repeated("]", 200000) << QByteArray("kind");
+    QTest::newRow("lists without end") << repeated("[", 200000) << QByteArray("line 1, column 200001");
+    QTest::newRow("file content") << cpu + R"({"type":"files","files":[{"id":"0001","content":"Z)" + longText +
+                                         R"("}]}]})"
+                                  << QByteArray("[applications][0]");
+    QTest::newRow("answer to reset") << R"({"kind":"cpu","applications":[],"atr":"3B)" + longText + R"(Z"})"
+                                     << QByteArray("$[atr]");
+    QTest::newRow("key of blanks") << cpu + R"({"type":"psam","keys":[{"index":1,"key":"00)" + repeated(" ", 1000000) +
+                                          R"("}]}]})"
+                                   << QByteArray("[applications][0]");
+    for (const char *track : {"1", "2", "3"}) {
+        QTest::newRow(track) << R"({"kind":"stripe","tracks":{")" + QByteArray(track) + R"(":"1)" +
+                                    repeated("0", 1000000) + R"("}})"
+                             << "$[tracks][" + QByteArray(track) + ']';
+    }
+    QTest::newRow("fingerprint") << R"({"kind":"id","letter":"A","fields":{},"fingerprint":"Z)" + longText + R"("})"
+                                 << QByteArray("$[fingerprint]");
+}
+
+void TestTray::refusesHostileFiles()
+{
+    QFETCH(const QByteArray, text);
+    QFETCH(const QByteArray, reason);
+    TrayWorld world;
+    const fs::path file = world.tray().cardFile("hostile");
+    overwrite(file, text.toStdString());
+    const std::string error = errorOf([&] { world.tray().card("hostile"); });
+    QVERIFY2(contains(error, file.string()) && contains(error, reason.toStdString()), error.substr(0, 1000).c_str());
+}
+
+void TestTray::refusesFilesThatAreNone()
+{
+    TrayWorld world;
+    const fs::path file = world.tray().cardFile("odd");
+    const auto error = [&] { return errorOf([&] { world.tray().card("odd"); }); };
+    QCOMPARE(::mkfifo(file.c_str(), 0600), 0); // nobody writes into it
+    QVERIFY2(contains(error(), file.string()), error().c_str());
+    fs::remove(file);
+    fs::create_directory(file);
+    QVERIFY2(contains(error(), file.string() + ": Is a directory"), error().c_str());
+    fs::remove(file);
+    fs::create_symlink("/dev/zero", file);
+    QVERIFY2(contains(error(), file.string()), error().c_str());
+    fs::remove(file);
+    overwrite(file, "{}");
+    fs::resize_file(file, std::uintmax_t{1} << 32U);
+    QVERIFY2(contains(error(), file.string() + ": File too large"), error().c_str());
+}
+
 void TestTray::refusesWhatIsNoCardId()
 {
     TrayWorld world;
@@ -232,18 +343,14 @@ void TestTray::seesEveryChangeOfAnother()
 void TestTray::losesNoChangeOfSeveralPrograms()
 {
     TrayWorld world;
-    constexpr int kRounds = 100;
+    constexpr std::uint64_t kRounds = 100;
     const auto count = [folder = world.tray().folder()] {
         Tray tray(folder);
-        for (int i = 0; i < kRounds; ++i)
+        for (std::uint64_t i = 0; i < kRounds; ++i)
             tray.update([](TrayState &state) { ++state.beeps; });
     };
-    std::vector<pid_t> children;
-    for (int i = 0; i < 2; ++i)
-        children.push_back(inChild(count));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 2; ++i)
-        threads.emplace_back(count);
+    const std::array<pid_t, 2> children{inChild(count), inChild(count)};
+    std::array<std::thread, 2> threads{std::thread(count), std::thread(count)};
     for (std::thread &thread : threads)
         thread.join();
     for (const pid_t child : children) {
@@ -251,7 +358,7 @@ void TestTray::losesNoChangeOfSeveralPrograms()
         QCOMPARE(::waitpid(child, &status, 0), child);
         QCOMPARE(status, 0);
     }
-    QCOMPARE(world.tray().state()->beeps, std::uint64_t{4 * kRounds});
+    QCOMPARE(world.tray().state()->beeps, 4 * kRounds);
 }
 
 void TestTray::writesCardsWholeUnderKill()

@@ -1,0 +1,21 @@
+// What the panel calls things, in the window's language.
+#pragma once
+
+#include "drivers/virtual/tray/tray_state.h"
+
+#include <QString>
+
+#include <nlohmann/json.hpp>
+
+namespace tray_panel {
+
+/// The slot's name for people.
+QString slotLabel(drivers::tray::Slot slot);
+
+/// What the fault does: "vek_beep 返回 -5".
+QString faultText(const drivers::tray::Fault &fault);
+
+/// The card's title in the window's language; empty if it has none.
+QString cardTitle(const nlohmann::json &card);
+
+} // namespace tray_panel
