@@ -172,9 +172,24 @@ private:
 
     Json shown(std::size_t i, std::string text) const
     {
-        if (!trace().showSecrets)
-            text = masked(std::move(text), parameter(i).secret, argument(1).number());
-        return textJson(text);
+        if (trace().showSecrets)
+            return textJson(text);
+        if (parameter(i).secret == Secret::Answer)
+            return textJson(maskedAnswer(commandText(), std::move(text)));
+        return textJson(masked(std::move(text), parameter(i).secret, argument(1).number()));
+    }
+
+    /// The header of the command that a call has sent.
+    std::string commandText() const
+    {
+        constexpr std::size_t kHeaderDigits = 8;
+        const auto isCommand = [](const Parameter &one) { return one.secret == Secret::Command; };
+        const auto &parameters = m_call.shape.parameters;
+        const auto found = std::find_if(parameters.begin(), parameters.end(), isCommand);
+        if (found == parameters.end())
+            return {};
+        const char *const text = argument(static_cast<std::size_t>(found - parameters.begin())).text();
+        return text == nullptr ? std::string() : std::string(text, ::strnlen(text, kHeaderDigits));
     }
 
     static constexpr std::int64_t kMostText = 1 << 18; // an extended APDU in hexadecimal
@@ -234,12 +249,10 @@ std::int64_t traceCall(const Call &call, Around around) noexcept
 void traceExchange(const Bytes &command, const Bytes &reply, ReturnCode result, Clock::duration took) noexcept
 {
     quietly([&] {
-        const auto shown = [](const Bytes &bytes, Secret secret) {
-            return trace().showSecrets ? toHex(bytes) : masked(toHex(bytes), secret);
-        };
+        const bool all = trace().showSecrets;
         Json line = beginLine("exchange");
-        line["command"] = shown(command, Secret::Command);
-        line["reply"] = shown(reply, Secret::Answer);
+        line["command"] = all ? toHex(command) : masked(toHex(command), Secret::Command);
+        line["reply"] = all ? toHex(reply) : maskedAnswer(toHex(command), toHex(reply));
         line["result"] = static_cast<int>(result);
         line["microseconds"] = microseconds(took);
         append(line);

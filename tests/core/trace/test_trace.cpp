@@ -160,7 +160,7 @@ private slots:
     {
         QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("reason");
-        QTest::newRow("no folder") << "/nonexistent/trace"
+        QTest::newRow("no folder") << "/proc/nowhere/trace"
                                    << "No such file or directory";
         QTest::newRow("a folder") << "/tmp"
                                   << "Is a directory";

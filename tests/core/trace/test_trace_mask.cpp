@@ -6,6 +6,7 @@
 #include <QtTest>
 
 using drivers::masked;
+using drivers::maskedAnswer;
 using drivers::Secret;
 
 class TestTraceMask : public QObject {
@@ -30,12 +31,20 @@ private slots:
         row("CHANGE REFERENCE DATA", "0024000104AABBCCDD", Secret::Command, "0024000104********");
         row("RESET RETRY COUNTER", "002C000104AABBCCDD", Secret::Command, "002C000104********");
         row("ENVELOPE", "00C2000002AABB", Secret::Command, "00C2000002****");
+        row("key of a storage card", "FF82000006A0A1A2A3A4A5", Secret::Command, "FF82000006************");
+        row("the same, non-volatile", "ff82200006A0A1A2A3A4A5", Secret::Command, "ff82200006************");
+        row("EXTERNAL AUTHENTICATE", "0082000004AABBCCDD", Secret::Command, "0082000004AABBCCDD");
+        row("block of a storage card", "FFD6000402AABB", Secret::Command, "FFD6000402AABB");
+        row("its sector trailer", "FFD6000702AABB", Secret::Command, "FFD6000702****");
+        row("UPDATE BINARY of a file", "00D6000702AABB", Secret::Command, "00D6000702AABB");
         row("no hexadecimal", "0g20", Secret::Command, "****");
         row("track 2 in a record",
             "7009570412345D205A0112"
             "9000",
             Secret::Answer, "70095704********5A01129000");
         row("track 2 in a record cut short", "70205A0112570412345D9000", Secret::Answer, "70205A011257************");
+        row("two tracks", "70085702345D570299AA5A01129000", Secret::Answer, "70085702****5702****5A01129000");
+        row("the same one at another place", "5A02345D5702345D9000", Secret::Answer, "5A02****5702****9000");
         row("no elements", "11223344559000", Secret::Answer, "11223344559000");
         row("no track", "70035A01129000", Secret::Answer, "70035A01129000");
         row("a status alone", "9000", Secret::Answer, "9000");
@@ -50,6 +59,16 @@ private slots:
         QFETCH(int, secret);
         QFETCH(QString, shown);
         QCOMPARE(QString::fromStdString(masked(text.toStdString(), static_cast<Secret>(secret))), shown);
+    }
+
+    void answersAreMaskedAsTheirCommandsAsk()
+    {
+        QCOMPARE(maskedAnswer("FFB0000710", "AABBCCDD9000"), std::string("********9000"));
+        QCOMPARE(maskedAnswer("ffb0000710", "6982"), std::string("6982"));
+        QCOMPARE(maskedAnswer("FFB0000410", "AABBCCDD9000"), std::string("AABBCCDD9000"));
+        QCOMPARE(maskedAnswer("00B0000710", "AABBCCDD9000"), std::string("AABBCCDD9000"));
+        QCOMPARE(maskedAnswer("00B2010C00", "5702345D9000"), std::string("5702****9000"));
+        QCOMPARE(maskedAnswer("", "5702345D9000"), std::string("5702****9000"));
     }
 
     void onlyTrailersAreSecretBlocks()
