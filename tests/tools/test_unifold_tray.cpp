@@ -29,6 +29,7 @@ private slots:
     void carriesDumps_data();
     void carriesDumps();
     void refusesBadDumps();
+    void refusesDumpsWithoutAUid();
     void takesThePower();
     void resets();
     void findsTheTrayOfTheEnvironment();
@@ -160,6 +161,7 @@ void TestUnifoldTray::addsAndRemoves()
     QCOMPARE(run({"add", "-", "--id", "mine", "--replace"}, card), 0);
     QCOMPARE(run({"add", "-", "--id", "../mine"}, card), 1);
     QCOMPARE(run({"add", "-", "--id", "other"}, "{"), 1);
+    QVERIFY2(m_errors.contains("standard input: "), m_errors);
     QCOMPARE(run({"add", "-", "--id", "other"}, R"({"kind": "id"})"), 1);
     QCOMPARE(run({"add", m_folder->filePath("none.json")}), 1);
     QCOMPARE(run({"remove", "mine"}), 0);
@@ -204,6 +206,8 @@ void TestUnifoldTray::carriesDumps_data()
     QTest::newRow("raw by ending") << "dump.mfd" << QStringList();
     QTest::newRow("eml by ending") << "dump.eml" << QStringList();
     QTest::newRow("json by ending") << "dump.json" << QStringList();
+    QTest::newRow("eml by capitals") << "DUMP.EML" << QStringList();
+    QTest::newRow("json by capitals") << "DUMP.JSON" << QStringList();
     QTest::newRow("eml asked for") << "dump" << QStringList{"--format", "eml"};
 }
 
@@ -215,6 +219,10 @@ void TestUnifoldTray::carriesDumps()
     QCOMPARE(run({"set", card, "/blocks/5", "00112233445566778899AABBCCDDEEFF"}), 0);
     const QString file = m_folder->filePath(name);
     QCOMPARE(run(QStringList{"export", card, file} + format), 0);
+    QFile dump(file);
+    QVERIFY(dump.open(QIODevice::ReadOnly));
+    const bool isRaw = name.endsWith(".mfd");
+    QCOMPARE(dump.size() == 1024, isRaw);
     QCOMPARE(run(QStringList{"import", "copy", file} + format), 0);
     QCOMPARE(run({"show", card}), 0);
     const QJsonArray blocks = object()["blocks"].toArray();
@@ -235,13 +243,31 @@ void TestUnifoldTray::refusesBadDumps()
     const QByteArray before = m_output;
     QCOMPARE(run({"import", card, "-"}, QByteArray(1023, '\0')), 1);
     QVERIFY2(m_errors.contains("1023"), m_errors);
+    QVERIFY2(m_errors.contains("standard input: "), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "eml"}, "zz\n"), 1);
+    QVERIFY2(m_errors.contains("standard input: line 1: "), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "json"}, "{}"), 1);
+    QVERIFY2(m_errors.contains("standard input: /blocks: "), m_errors);
+    QCOMPARE(run({"import", card, "-", "--format", "json"}, "{"), 1);
+    QVERIFY2(m_errors.contains("standard input: ") && m_errors.contains("line 1"), m_errors);
     QCOMPARE(run({"import", cardIn("id"), "-"}, QByteArray(1024, '\0')), 1);
     QCOMPARE(run({"export", cardIn("id"), "-"}), 1);
     QCOMPARE(run({"export", card, m_folder->filePath("no/where.mfd")}), 1);
     QCOMPARE(run({"show", card}), 0);
     QCOMPARE(m_output, before);
+}
+
+// A dump whose block 0 is no manufacturer's is refused under the dump's name, before a card of that id comes to be.
+void TestUnifoldTray::refusesDumpsWithoutAUid()
+{
+    const QString file = m_folder->filePath("dump.mfd");
+    QCOMPARE(run({"export", "mifare-blank", file}), 0);
+    QFile dump(file);
+    QVERIFY(dump.open(QIODevice::ReadWrite) && dump.seek(4) && dump.write("\x5A", 1) == 1);
+    dump.close();
+    QCOMPARE(run({"import", "copy", file}), 1);
+    QVERIFY2(m_errors.contains(file.toUtf8() + ": /blocks/0: the fifth byte must be the check byte"), m_errors);
+    QCOMPARE(run({"show", "copy"}), 1);
 }
 
 void TestUnifoldTray::takesThePower()

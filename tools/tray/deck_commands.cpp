@@ -105,8 +105,8 @@ void add(const Options &options, const std::string &file, std::string id, bool r
 {
     if (id.empty())
         id = std::filesystem::path(file).stem().string();
-    const json card = drivers::tray::parseJson(readInput(file), file, TrayError::Subject::Card);
-    drivers::reader::checkModel(card, file);
+    const json card = drivers::tray::parseJson(readInput(file), inputName(file), TrayError::Subject::Card);
+    drivers::reader::checkModel(card, inputName(file));
     Tray tray = openTray(options);
     const FolderLock held = tray.lock();
     if (!replace && std::filesystem::exists(tray.cardFile(id)))

@@ -63,10 +63,15 @@ void printTable(const std::vector<std::vector<std::string>> &rows)
     }
 }
 
+std::string inputName(const std::string &file)
+{
+    return file == "-" ? "standard input" : file;
+}
+
 std::string readInput(const std::string &file)
 {
     const bool standard = file == "-";
-    const std::string name = standard ? "standard input" : file;
+    const std::string name = inputName(file);
     // open() and fcntl() are variadic by their standard.
     const drivers::tray::FileDescriptor input(standard
                                                   ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)    // NOLINT(*-vararg)

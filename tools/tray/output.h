@@ -14,6 +14,9 @@ void printJson(const nlohmann::json &document);
 /// Rows in columns of equal width; characters of double width (CJK) count as two. Control characters are shown as "?".
 void printTable(const std::vector<std::vector<std::string>> &rows);
 
+/// What messages call an input: its file, or "standard input" for "-".
+std::string inputName(const std::string &file);
+
 /// A file's content; "-" is standard input. Throws std::runtime_error naming the file.
 std::string readInput(const std::string &file);
 
