@@ -19,6 +19,9 @@ class TestUnifoldTray : public QObject {
 private slots:
     void init();
     void helpsAndRefusesWrongUsage();
+    void tellsInJsonWhatWasDone_data();
+    void tellsInJsonWhatWasDone();
+    void tellsWrongUsageInJson();
     void listsTheDeck();
     void putsAndTakes();
     void swipes();
@@ -85,6 +88,54 @@ void TestUnifoldTray::helpsAndRefusesWrongUsage()
     QCOMPARE(run({"juggle"}), 2);
     QCOMPARE(run({"take"}), 2);
     QCOMPARE(run({"export", "a", "b", "--format", "odd"}), 2);
+    QVERIFY(!QFile::exists(m_tray));
+}
+
+void TestUnifoldTray::tellsInJsonWhatWasDone_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("done");
+    QTest::newRow("put") << QStringList{"put", "id-permanent-2017"}
+                         << QByteArray(R"({"card":"id-permanent-2017","slot":"id"})");
+    QTest::newRow("take") << QStringList{"take", "psam2"} << QByteArray(R"({"card":"psam-2","slot":"psam2"})");
+    QTest::newRow("swipe") << QStringList{"swipe"} << QByteArray(R"({"card":"stripe-three-tracks"})");
+    QTest::newRow("power") << QStringList{"power"} << QByteArray(R"({"powerCycles":1})");
+    QTest::newRow("reset") << QStringList{"reset"} << QByteArray(R"({"tray":"TRAY"})");
+    QTest::newRow("set") << QStringList{"set", "id-resident", "fields/name", "李四"}
+                         << QByteArray(R"({"card":"id-resident","place":"/fields/name","value":"李四"})");
+    QTest::newRow("add") << QStringList{"add", "-", "--id", "mine"} << QByteArray(R"({"card":"mine"})");
+    QTest::newRow("remove") << QStringList{"remove", "psam-1"} << QByteArray(R"({"card":"psam-1"})");
+    QTest::newRow("export") << QStringList{"export", "mifare-blank", "FILE"}
+                            << QByteArray(R"({"card":"mifare-blank","file":"FILE","format":"eml"})");
+    QTest::newRow("fault") << QStringList{"fault", "clear"} << QByteArray(R"({"cleared":0})");
+}
+
+void TestUnifoldTray::tellsInJsonWhatWasDone()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, done);
+    const QString file = m_folder->filePath("dump.eml");
+    arguments.replaceInStrings("FILE", file);
+    done.replace("FILE", file.toUtf8()).replace("TRAY", m_tray.toUtf8());
+    QCOMPARE(run(QStringList{"--json"} + arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
+    QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact), done);
+    Tray(m_tray.toStdString()).reset();
+    QCOMPARE(run(arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
+    QVERIFY2(m_output.isEmpty(), m_output);
+    if (QFile::exists(file)) {
+        QCOMPARE(run({"--json", "import", "copy", file}), 0);
+        QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact),
+                 QByteArray(R"({"card":"copy","format":"eml"})"));
+    }
+}
+
+void TestUnifoldTray::tellsWrongUsageInJson()
+{
+    for (const QStringList &arguments : {QStringList{"put"}, QStringList{"juggle"}, QStringList{"status", "more"}}) {
+        QCOMPARE(run(QStringList{"--json"} + arguments), 2);
+        QVERIFY2(!object()["error"].toString().isEmpty(), m_output);
+        QVERIFY(!m_errors.isEmpty());
+    }
     QVERIFY(!QFile::exists(m_tray));
 }
 

@@ -73,6 +73,7 @@ void importCard(const Options &options, const Arguments &arguments)
     card["blocks"] = drivers::cards::mifareBlocksToJson(image);
     drivers::reader::checkModel(card, inputName(arguments.file)); // what is wrong now is wrong in the dump
     tray.saveCard(held, arguments.card, card);
+    printDone(options.json, {{"card", arguments.card}, {"format", formatOf(arguments)}});
 }
 
 std::string dumpText(const MifareImage &image, const std::string &format)
@@ -90,6 +91,9 @@ void exportCard(const Options &options, const Arguments &arguments)
     if (card.at("kind") != "mifare")
         throw std::runtime_error("card " + arguments.card + " is no Mifare card");
     writeOutput(arguments.file, dumpText(drivers::cards::MifareCard(card).image(), formatOf(arguments)));
+    // On standard output the dump is all there is.
+    printDone(options.json && arguments.file != "-",
+              {{"card", arguments.card}, {"file", arguments.file}, {"format", formatOf(arguments)}});
 }
 
 void addDumpCommand(CLI::App &app, const Options &options, const char *name, const char *what,

@@ -43,6 +43,12 @@ void printJson(const nlohmann::json &document)
     std::cout << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
+void printDone(bool asJson, const nlohmann::json &done)
+{
+    if (asJson)
+        printJson(done);
+}
+
 void printTable(const std::vector<std::vector<std::string>> &rows)
 {
     std::vector<std::size_t> widths;
