@@ -127,7 +127,7 @@ read_cpu_card() {
     shows 'vek_pboc_get_card_info return[0x0]' 'ZHANG SAN'
     step pboc-arqc
     click 705 421
-    shows 'vek_pboc_get_arqc return[0x0]' 'ARQC=['
+    shows 'vek_pboc_get_arqc return[0x0]' 'ARQC=[A016' 'P0196228000100001018885'
 }
 
 use_mifare_card() {
