@@ -100,6 +100,10 @@ load_and_open() {
     click 410 84
     click 394 140
     shows 'vek_open 打开设备成功！'
+    step reader
+    click 54 212
+    click 801 285
+    shows 'vek_firm_version return[0] (assert 0)' 'vek_beep return[0] (assert 0)'
 }
 
 read_id_card() {
@@ -142,10 +146,11 @@ use_mifare_card() {
     click 793 303
     shows 'DATA = [8813000077ECFFFF8813000005FA05FA]'
     step mifare-wallet
+    click 563 415
     click 804 415
     click 563 447
     click 804 447
-    shows 'vek_mifare_increase_value return[0x0]' 'vek_mifare_decrease_value return[0x0]' '余额 = [5110]'
+    shows 'vek_mifare_init_value return[0x0]' 'vek_mifare_increase_value return[0x0]' 'vek_mifare_decrease_value return[0x0]' '余额 = [210]'
 }
 
 # The bench waits in the call while the card is swiped at the panel.
