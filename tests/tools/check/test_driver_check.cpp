@@ -32,6 +32,8 @@ private slots:
     void codesOfOthersAreTheirOwn();
     void notSupportedIsToldByTheirCode();
     void tableAndSummary();
+    void outputThatCannotBeWritten();
+    void worksWithoutStandardStreams();
 };
 
 void TestDriverCheck::usage()
@@ -189,6 +191,25 @@ void TestDriverCheck::tableAndSummary()
     const CheckRun run = runCheck({"--only", "device.*", badDriver("MiscountsDevices")});
     QVERIFY(run.output.contains("device.reopen        pass            10 rounds\n"));
     QVERIFY2(run.output.endsWith("\n9 checks: 8 pass, 1 fail, 0 not supported, 0 not applicable\n"), run.output);
+}
+
+void TestDriverCheck::outputThatCannotBeWritten()
+{
+    for (const QStringList &options : {QStringList{}, QStringList{"--json"}, QStringList{"--list"}}) {
+        QProcess tool;
+        tool.setStandardOutputFile("/dev/full");
+        tool.start(UNIFOLD_CHECK_TOOL, options + QStringList{"--only", "library.load", badDriver("None")});
+        QVERIFY(tool.waitForFinished());
+        QCOMPARE(tool.exitCode(), 2);
+        QCOMPARE(tool.readAllStandardError(), QByteArray("unifold-driver-check: standard output cannot be written\n"));
+    }
+}
+
+void TestDriverCheck::worksWithoutStandardStreams()
+{
+    // The pipe to a check must not get the number of a stream that was closed.
+    const QString command = QString(UNIFOLD_CHECK_TOOL) + " --only library.load " + badDriver("None");
+    QCOMPARE(QProcess::execute("sh", {"-c", "exec " + command + " <&- >&- 2>&-"}), 0);
 }
 
 QTEST_GUILESS_MAIN(TestDriverCheck)
