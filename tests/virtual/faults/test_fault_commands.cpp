@@ -100,6 +100,14 @@ private slots:
         QCOMPARE(ids(), QList<int>());
     }
 
+    void refusesWhatIsNoNumberOfAFault()
+    {
+        for (const char *id : {"0", "-1", "x"}) {
+            QCOMPARE(run({"fault", "clear", id}), 2);
+            QVERIFY2(m_errors.contains("1 to 9223372036854775807"), m_errors.constData());
+        }
+    }
+
 private:
     int run(const QStringList &arguments)
     {
