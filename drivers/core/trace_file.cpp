@@ -29,6 +29,8 @@ TraceFile::TraceFile(const std::string &name) : m_name(name)
     const bool opened = m_descriptor >= 0 && ::fstat(m_descriptor, &status) == 0;
     if (opened && !S_ISREG(status.st_mode))
         reason = "is no regular file";
+    else if (opened && status.st_uid != ::geteuid()) // its owner could read it, whatever its mode
+        reason = "belongs to another user";
     else if (!opened || ((status.st_mode & 0777) != 0600 && ::fchmod(m_descriptor, 0600) != 0))
         reason = reasonOf(errno);
     if (reason.empty())

@@ -1,5 +1,6 @@
 // docs/return-codes.md tells every code of drivers/core/return_codes.h, in both languages, and no other.
 #include "drivers/core/return_codes.h"
+#include "sdk/contracts.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -58,6 +59,7 @@ private slots:
     void tellsEveryCodeOnceInOrder();
     void showsEachCodeAsThePagesDo();
     void explainsEachCodeInBothLanguages();
+    void tellsWhatElseIsAnswered();
 };
 
 void TestReturnCodesDocument::tellsEveryCodeOnceInOrder()
@@ -82,6 +84,18 @@ void TestReturnCodesDocument::explainsEachCodeInBothLanguages()
         QVERIFY2(!row[2].isEmpty() && !hasChinese(row[2]), qPrintable(row.join(" | ")));
         QVERIFY2(hasChinese(row[3]), qPrintable(row.join(" | ")));
     }
+}
+
+void TestReturnCodesDocument::tellsWhatElseIsAnswered()
+{
+    const QString text = contentOf(UNIFOLD_RETURN_CODES_DOCUMENT).simplified();
+    QVERIFY(text.contains(QString("%1 absent, %2 present, %3 powered")
+                              .arg(drivers::kCardAbsent)
+                              .arg(drivers::kCardPresent)
+                              .arg(drivers::kCardPowered)));
+    QVERIFY(text.contains(QString("0 none yet, %1 swiped, %2 swiped a stripe without data")
+                              .arg(sdk::kMsrSwiped)
+                              .arg(sdk::kMsrSwipedNoData)));
 }
 
 QTEST_GUILESS_MAIN(TestReturnCodesDocument)

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <thread>
+#include <unistd.h>
 
 using namespace drivers;
 using sdk::DeviceHandle;
@@ -40,7 +41,9 @@ void misbehaveInBeep()
 {
     if (kFault == Fault::Crashes)
         std::raise(SIGSEGV);
-    if (kFault == Fault::Hangs)
+    if (kFault == Fault::HangsInOurGroup)
+        ::setpgid(0, ::getpgid(::getppid()));
+    if (kFault == Fault::Hangs || kFault == Fault::HangsInOurGroup)
         hang();
     if (kFault == Fault::Exits)
         std::_Exit(3);

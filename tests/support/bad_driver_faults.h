@@ -12,6 +12,7 @@ enum class Fault {
     Crashes,
     Aborts,
     Hangs,
+    HangsInOurGroup,
     Exits,
     AcceptsMadeUpHandles,
     AcceptsClosedHandles,

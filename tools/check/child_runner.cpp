@@ -189,6 +189,7 @@ ChildResult runInChild(const std::function<Outcome()> &body, int watchdogMs, boo
     close(ends[0]);
     // Also when the check is done: what the library started in other processes ends with it.
     kill(-child, SIGKILL);
+    kill(child, SIGKILL); // which may have left its group
     const int status = waitFor(child);
     ChildResult result;
     if (!inTime)

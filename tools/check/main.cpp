@@ -1,4 +1,5 @@
 // unifold-driver-check: whether a driver library keeps what the contracts of the SDK promise.
+#include "app/standard_streams.h"
 #include "drivers/core/return_codes.h"
 #include "tools/check/checks.h"
 #include "tools/check/child_runner.h"
@@ -18,7 +19,7 @@ namespace {
 // Exit codes; the man page lists them.
 constexpr int kAllFine = 0;
 constexpr int kFailures = 1;
-constexpr int kWrongUsage = 2;
+constexpr int kWrongUsage = 2; // or nobody learns what was found
 
 struct CommandLine {
     check::Settings settings;
@@ -121,6 +122,15 @@ int checkLibrary(CommandLine &line)
     return check::hasFailure(rows) ? kFailures : kAllFine;
 }
 
+/// A list or a result that is lost must not look like one that was written.
+int unlessLost(int exitCode)
+{
+    if (std::cout.flush())
+        return exitCode;
+    std::cerr << "unifold-driver-check: standard output cannot be written\n";
+    return kWrongUsage;
+}
+
 int run(int argc, char **argv)
 {
     CommandLine line;
@@ -132,15 +142,16 @@ int run(int argc, char **argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? kAllFine : kWrongUsage;
+        return app.exit(error) == 0 ? unlessLost(kAllFine) : kWrongUsage;
     }
-    return checkLibrary(line);
+    return unlessLost(checkLibrary(line));
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    keepStandardStreams();
     try {
         return run(argc, argv);
     } catch (const std::exception &error) {

@@ -115,6 +115,18 @@
         <translation>the reader is unplugged</translation>
     </message>
     <message>
+        <source>（自第 %1 次起）</source>
+        <translation> (from %1)</translation>
+    </message>
+    <message>
+        <source>（自第 %1 次起，共 %2 次；已结束）</source>
+        <translation> (from %1, times: %2; spent)</translation>
+    </message>
+    <message>
+        <source>（自第 %1 次起，共 %2 次）</source>
+        <translation> (from %1, times: %2)</translation>
+    </message>
+    <message>
         <source>zh</source>
         <extracomment>The language of the titles: the member of a card&apos;s &quot;title&quot; to show</extracomment>
         <translation>en</translation>

@@ -58,6 +58,7 @@ SlotTile::SlotTile(drivers::tray::Slot slot, const QString &name, TrayWatch &wat
     m_card = makeLabel("label_card_" + suffix, this);
     m_card->setStyleSheet("color: #5a646e"); // the id matters less than the title
     m_menu->setObjectName("menu_" + suffix);
+    m_menu->setStyleSheet("QMenu { menu-scrollable: 1 }"); // else a full deck's columns run off the screen
 
     m_button->setObjectName("toolButton_" + suffix);
     m_button->setText(name);

@@ -12,7 +12,7 @@ namespace tray_panel {
 /// The slot's name for people.
 QString slotLabel(drivers::tray::Slot slot);
 
-/// What the fault does: "vek_beep 返回 -5".
+/// What the fault does, and when unless always: "vek_beep 返回 -5（自第 3 次起，共 2 次）".
 QString faultText(const drivers::tray::Fault &fault);
 
 /// The card's title in the window's language; empty if it has none.

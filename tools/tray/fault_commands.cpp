@@ -4,6 +4,7 @@
 #include "tools/tray/output.h"
 
 #include <iostream>
+#include <limits>
 #include <memory>
 
 namespace tray_tool {
@@ -14,6 +15,8 @@ using drivers::tray::Tray;
 using nlohmann::json;
 
 namespace {
+
+constexpr std::int64_t kLargestId = std::numeric_limits<std::int64_t>::max();
 
 /// What stands on the command line of "fault add".
 struct Request {
@@ -140,7 +143,7 @@ void addFaultCommands(CLI::App &app, const Options &options)
     fault->add_subcommand("list", "List the faults")->callback([&options] { list(options); });
     const auto id = std::make_shared<std::uint64_t>(0);
     CLI::App *const clearCommand = fault->add_subcommand("clear", "Clear a fault, or all");
-    clearCommand->add_option("id", *id, "The fault (else all)")->check(CLI::PositiveNumber);
+    clearCommand->add_option("id", *id, "The fault (else all)")->check(CLI::Range(std::int64_t{1}, kLargestId));
     clearCommand->callback([=, &options] { clear(options, *id); });
 }
 

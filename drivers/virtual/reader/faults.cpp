@@ -14,6 +14,9 @@ using tray::TrayState;
 
 namespace {
 
+/// What is longer counts as no wait at all (waitTime()).
+constexpr std::int64_t kLongestDelayMs = std::numeric_limits<std::int32_t>::max();
+
 [[noreturn]] void refuse(const std::string &reason)
 {
     throw std::runtime_error(reason);
@@ -47,12 +50,15 @@ void checkCall(const Fault &fault)
         checkCode(fault);
     else if (fault.value < 0)
         refuse("less than 0 does not go with a fault of the kind " + std::string(faultKindName(fault.kind)));
+    else if (fault.kind == FaultKind::Delay && fault.value > kLongestDelayMs)
+        refuse("the longest delay is " + std::to_string(kLongestDelayMs) + " ms");
 }
 
 void check(const Fault &fault)
 {
-    if (fault.from == 0)
-        refuse("calls are counted from 1");
+    // A larger count, such as what -1 becomes without its sign, would leave a tray that nobody can read.
+    if (fault.from == 0 || fault.from > tray::kMostCount || fault.times > tray::kMostCount)
+        refuse("calls are counted from 1 to " + std::to_string(tray::kMostCount));
     if (fault.mask < 1 || fault.mask > 0xFF)
         refuse("a mask has 1 to 8 bits: 01 to FF");
     switch (fault.kind) {

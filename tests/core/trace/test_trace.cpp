@@ -1,4 +1,5 @@
 // The trace as a user meets it: an environment variable, and a file with a line of JSON for each call.
+#include "sdk/entry_point_table.h"
 #include "tests/core/trace/traced_program.h"
 #include "tests/virtual/support/tray_world.h"
 
@@ -9,6 +10,9 @@
 #include <QtTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 class TestTrace : public QObject {
     Q_OBJECT
@@ -40,6 +44,37 @@ private slots:
                                  "vek_beep", "vek_firm_version", "vek_close"})
             expected << QString("call ") + call << QString("return ") + call;
         QCOMPARE(events, expected);
+    }
+
+    void noExportIsLeftOut_data()
+    {
+        QTest::addColumn<QString>("part");
+        QTest::addColumn<QString>("library");
+        QTest::newRow("virtual reader") << "every"
+                                        << "libtarvovek.so";
+        QTest::newRow("PC/SC") << "pcsc every"
+                               << "libtarvozent.so";
+    }
+
+    void noExportIsLeftOut()
+    {
+        QFETCH(QString, part);
+        QFETCH(QString, library);
+#define UNIFOLD_NAME_CALLED(name, Contract) #name,
+#define UNIFOLD_NAME_UNCALLED(name) #name,
+        const QStringList names = {UNIFOLD_ENTRY_POINTS(UNIFOLD_NAME_CALLED, UNIFOLD_NAME_UNCALLED)};
+#undef UNIFOLD_NAME_CALLED
+#undef UNIFOLD_NAME_UNCALLED
+        QCOMPARE(run(part.toUtf8().constData()), 0);
+        QStringList called;
+        QStringList returned;
+        for (const QJsonObject &line : lines()) {
+            QCOMPARE(line["library"].toString(), library);
+            (line["event"] == "call" ? called : returned) << line["call"].toString();
+        }
+        QCOMPARE(names.size(), 85);
+        QCOMPARE(called, names);
+        QCOMPARE(returned, names);
     }
 
     void linesTellTimeProcessAndLibrary()
@@ -156,6 +191,42 @@ private slots:
         QCOMPARE(find("return", "vek_beep")["result"].toInt(), -1);
     }
 
+    void aPipeIsRefused()
+    {
+        QCOMPARE(::mkfifo(QFile::encodeName(traceFile()).constData(), 0600), 0);
+        QCOMPARE(run("all"), 0); // nobody reads it, and still nothing waits
+        QVERIFY2(m_errors.startsWith("unifold trace: "), m_errors);
+        const QByteArray name = QFile::encodeName(traceFile());
+        const int reader = ::open(name.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); // NOLINT(*-vararg)
+        QCOMPARE(run("all"), 0);
+        QCOMPARE(QString::fromUtf8(m_errors), "unifold trace: " + traceFile() + ": is no regular file\n");
+        ::close(reader);
+    }
+
+    void aLinkIsFollowedToAFileOfTheUsers()
+    {
+        const QString file = m_folder->filePath("elsewhere");
+        QVERIFY(QFile::link(file, traceFile()));
+        QCOMPARE(run("all"), 0);
+        QVERIFY(!lines().isEmpty());
+        QCOMPARE(QFileInfo(file).permissions() & 0x0FFF, QFile::Permissions(QFile::ReadUser | QFile::WriteUser));
+    }
+
+    void aFileOfAnotherUserIsRefused()
+    {
+        constexpr uid_t kOther = 1;
+        QFile file(traceFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        if (::chown(QFile::encodeName(traceFile()).constData(), kOther, static_cast<gid_t>(-1)) != 0) {
+            QTest::qSkip("only root can give a file away", __FILE__, __LINE__); // QSKIP is no ISO C++17
+            return;
+        }
+        QCOMPARE(run("all"), 0);
+        QCOMPARE(QString::fromUtf8(m_errors), "unifold trace: " + traceFile() + ": belongs to another user\n");
+        QCOMPARE(file.size(), qint64(0));
+    }
+
     void aFileThatCannotBeWrittenIsToldOnce_data()
     {
         QTest::addColumn<QString>("file");
@@ -184,7 +255,10 @@ private slots:
     }
 
 private:
-    QString traceFile() const { return m_folder->filePath("trace.jsonl"); }
+    QString traceFile() const
+    {
+        return m_folder->filePath("trace.jsonl");
+    }
 
     void start(QProcess &program, const char *part, const QMap<QString, QString> &variables)
     {

@@ -36,6 +36,22 @@ private slots:
         row("EXTERNAL AUTHENTICATE", "0082000004AABBCCDD", Secret::Command, "0082000004AABBCCDD");
         row("block of a storage card", "FFD6000402AABB", Secret::Command, "FFD6000402AABB");
         row("its sector trailer", "FFD6000702AABB", Secret::Command, "FFD6000702****");
+        row("value of a storage card", "FFD700040501000000C8", Secret::Command, "FFD700040501000000C8");
+        row("authentication by the key's number", "FF860000050100076000", Secret::Command, "FF860000050100076000");
+        row("command for the reader's chip", "FF0000000FD44001600700112233445566778899", Secret::Command,
+            "FF0000000F******************************");
+        row("PUT KEY", "80D801810401AABBCC", Secret::Command, "80D8018104********");
+        row("WRITE KEY", "80D4010304AABBCCDD", Secret::Command, "80D4010304********");
+        row("UPDATE RECORD with track 2", "00DC010C0B7009570412345D205A0112", Secret::Command,
+            "00DC010C0B70095704********5A0112");
+        row("the same, extended", "00DC010C000006570412345D20", Secret::Command, "00DC010C0000065704********");
+        row("a piece of it, chained", "10DC010C0457061234", Secret::Command, "10DC010C0457******");
+        row("the same with a wrong length", "00DC010C09570412345D20", Secret::Command, "00DC010C0957**********");
+        row("UPDATE RECORD, odd", "00DC010C0657041234", Secret::Command, "00DC010C0657******");
+        row("SELECT, odd", "00A40400021", Secret::Command, "00A40400021");
+        row("VERIFY, odd", "002000800312345", Secret::Command, "0020008003*****");
+        row("SELECT with a slip", "00A4GG0002DF01", Secret::Command, "**************");
+        row("PUT DATA without tracks", "00DA01020570035A0112", Secret::Command, "00DA01020570035A0112");
         row("UPDATE BINARY of a file", "00D6000702AABB", Secret::Command, "00D6000702AABB");
         row("no hexadecimal", "0g20", Secret::Command, "****");
         row("track 2 in a record",
@@ -69,6 +85,19 @@ private slots:
         QCOMPARE(maskedAnswer("00B0000710", "AABBCCDD9000"), std::string("AABBCCDD9000"));
         QCOMPARE(maskedAnswer("00B2010C00", "5702345D9000"), std::string("5702****9000"));
         QCOMPARE(maskedAnswer("", "5702345D9000"), std::string("5702****9000"));
+    }
+
+    void blocksThatReachATrailerAreMasked()
+    {
+        const std::string two(64, 'A');
+        const std::string stars(64, '*');
+        QCOMPARE(masked("FFD6000520" + two, Secret::Command), "FFD6000520" + two);
+        QCOMPARE(masked("FFD6000620" + two, Secret::Command), "FFD6000620" + stars);
+        QCOMPARE(maskedAnswer("FFB0000520", two + "9000"), two + "9000");
+        QCOMPARE(maskedAnswer("FFB0000620", two + "9000"), stars + "9000");
+        // A reader's chip may have been told to read anything.
+        QCOMPARE(maskedAnswer("FF00000005", "D541009000"), std::string("******9000"));
+        QCOMPARE(maskedAnswer("FFCA000000", "3A9F07C49000"), std::string("3A9F07C49000"));
     }
 
     void onlyTrailersAreSecretBlocks()

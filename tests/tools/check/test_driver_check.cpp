@@ -32,6 +32,8 @@ private slots:
     void codesOfOthersAreTheirOwn();
     void notSupportedIsToldByTheirCode();
     void tableAndSummary();
+    void outputThatCannotBeWritten();
+    void worksWithoutStandardStreams();
 };
 
 void TestDriverCheck::usage()
@@ -92,6 +94,7 @@ void TestDriverCheck::faultsAreCaught_data()
     QTest::newRow("Crashes") << call << beep << "crashed with SIGSEGV in vek_beep";
     QTest::newRow("Aborts") << call << beep << "crashed with SIGABRT in vek_beep";
     QTest::newRow("Hangs") << call << beep << "hung in vek_beep, ended after 2000 ms";
+    QTest::newRow("HangsInOurGroup") << call << beep << "hung in vek_beep, ended after 2000 ms";
     QTest::newRow("Exits") << call << beep << "ended the program with exit code 3 in vek_beep";
     QTest::newRow("AcceptsClosedHandles")
         << "handle.*.vek_beep" << QStringList{"handle.closed.vek_beep"} << "handle 18193 was not refused: returned 0";
@@ -117,7 +120,7 @@ void TestDriverCheck::faultsAreCaught()
     QFETCH(QStringList, caught);
     QFETCH(QString, reason);
     const QString fault = QTest::currentDataTag();
-    const QStringList options = {"--json", "--our-codes", "--watchdog", fault == "Hangs" ? "2000" : "15000"};
+    const QStringList options = {"--json", "--our-codes", "--watchdog", fault.startsWith("Hangs") ? "2000" : "15000"};
     const CheckRun sound = runCheck(options + QStringList{"--only", only, badDriver("None")});
     QVERIFY2(sound.exitCode == 0, qPrintable(sound.failures()));
     const CheckRun run = runCheck(options + QStringList{"--only", only, badDriver(fault)});
@@ -189,6 +192,25 @@ void TestDriverCheck::tableAndSummary()
     const CheckRun run = runCheck({"--only", "device.*", badDriver("MiscountsDevices")});
     QVERIFY(run.output.contains("device.reopen        pass            10 rounds\n"));
     QVERIFY2(run.output.endsWith("\n9 checks: 8 pass, 1 fail, 0 not supported, 0 not applicable\n"), run.output);
+}
+
+void TestDriverCheck::outputThatCannotBeWritten()
+{
+    for (const QStringList &options : {QStringList{}, QStringList{"--json"}, QStringList{"--list"}}) {
+        QProcess tool;
+        tool.setStandardOutputFile("/dev/full");
+        tool.start(UNIFOLD_CHECK_TOOL, options + QStringList{"--only", "library.load", badDriver("None")});
+        QVERIFY(tool.waitForFinished());
+        QCOMPARE(tool.exitCode(), 2);
+        QCOMPARE(tool.readAllStandardError(), QByteArray("unifold-driver-check: standard output cannot be written\n"));
+    }
+}
+
+void TestDriverCheck::worksWithoutStandardStreams()
+{
+    // The pipe to a check must not get the number of a stream that was closed.
+    const QString command = QString(UNIFOLD_CHECK_TOOL) + " --only library.load " + badDriver("None");
+    QCOMPARE(QProcess::execute("sh", {"-c", "exec " + command + " <&- >&- 2>&-"}), 0);
 }
 
 QTEST_GUILESS_MAIN(TestDriverCheck)

@@ -4,6 +4,8 @@
 #include "tests/virtual/support/tray_world.h"
 
 #include <QComboBox>
+#include <QDirIterator>
+#include <QSet>
 
 using drivers::tray::Fault;
 using drivers::tray::FaultKind;
@@ -17,6 +19,36 @@ struct Failure {
 };
 
 using Failures = QList<Failure>;
+
+/// A return line without its tag and values.
+QString formOf(QString line)
+{
+    static const QRegularExpression tag(R"(^\[[^]]*\] )");
+    static const QRegularExpression value(R"(\[[^]]*\])");
+    return line.remove(tag).replace(value, "[]");
+}
+
+/// The forms of the return lines in the bench's sources, but for those of success alone.
+QSet<QString> formsInSources()
+{
+    static const QRegularExpression literal("\"\\[%s\\] (\\[%s\\] [^\"]*return\\[[^\"]*%[^\"]*)\"");
+    QSet<QString> forms;
+    for (const char *folder : {"app", "pages"}) {
+        QDirIterator files(QString(UNIFOLD_SOURCE "/") + folder, {"*.cpp"}, QDir::Files, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            if (!file.open(QIODevice::ReadOnly))
+                qFatal("%s cannot be read", qPrintable(file.fileName()));
+            const QString text = QString::fromUtf8(file.readAll());
+            for (auto match = literal.globalMatch(text); match.hasNext();) {
+                const QString line = match.next().captured(1);
+                if (!line.contains("成功"))
+                    forms << formOf(line);
+            }
+        }
+    }
+    return forms;
+}
 
 } // namespace
 
@@ -188,6 +220,15 @@ private slots:
         pressAnywhere("pushButton_async_thread_stop");
     }
 
+    /// Only after all the others.
+    void noReturnLineIsLeftOut()
+    {
+        const QSet<QString> forms = formsInSources();
+        QVERIFY(forms.size() > 30);
+        const QStringList missing = (forms - m_seen).values();
+        QVERIFY2(missing.isEmpty(), qPrintable("never seen with an error: " + missing.join(" | ")));
+    }
+
 private:
     void fail(const Failure &failure)
     {
@@ -218,7 +259,15 @@ private:
         m_bench->press(name);
     }
 
-    QStringList returnLines() { return m_bench->log().filter("return["); }
+    QStringList returnLines()
+    {
+        const QStringList lines = m_bench->log().filter("return[");
+        for (const QString &line : lines)
+            m_seen << formOf(line);
+        return lines;
+    }
+
+    QSet<QString> m_seen; ///< the forms of the return lines of all tests so far
 
     std::unique_ptr<TrayWorld> m_world;
     std::unique_ptr<BenchWindow> m_bench;

@@ -8,6 +8,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+namespace {
+
+constexpr char kNoCount[] = "calls are counted from 1 to 9223372036854775807";
+
+} // namespace
+
 class TestFaultCommands : public QObject {
     Q_OBJECT
 
@@ -69,7 +75,18 @@ private slots:
                               << "a mask is two hexadecimal digits, not XY";
         QTest::newRow("slot") << QStringList{"add", "removed", "--slot", "psam9", "--after", "1"}
                               << "there is no slot psam9";
-        QTest::newRow("from 0") << QStringList{"add", "unplugged", "--from", "0"} << "calls are counted from 1";
+        QTest::newRow("from 0") << QStringList{"add", "unplugged", "--from", "0"} << kNoCount;
+        // What the tray could not read back would make it useless.
+        QTest::newRow("from -1") << QStringList{"add", "unplugged", "--from", "-1"} << kNoCount;
+        QTest::newRow("times -1") << QStringList{"add", "unplugged", "--times", "-1"} << kNoCount;
+        QTest::newRow("too many") << QStringList{"add", "code",   "vek_beep",           "--code",
+                                                 "-5",  "--from", "9223372036854775808"}
+                                  << kNoCount;
+        QTest::newRow("too late") << QStringList{"add",     "removed", "--slot",
+                                                 "contact", "--after", "9223372036854775807"}
+                                  << kNoCount;
+        QTest::newRow("too long") << QStringList{"add", "delay", "vek_beep", "--ms", "2147483648"}
+                                  << "the longest delay is 2147483647 ms";
         QTest::newRow("unknown id") << QStringList{"clear", "7"} << "there is no fault 7";
     }
 
@@ -81,6 +98,14 @@ private slots:
         QCOMPARE(QString::fromUtf8(m_errors), "unifold-tray: " + reason + '\n');
         QCOMPARE(QJsonDocument::fromJson(m_output).object()["error"].toString(), reason);
         QCOMPARE(ids(), QList<int>());
+    }
+
+    void refusesWhatIsNoNumberOfAFault()
+    {
+        for (const char *id : {"0", "-1", "x"}) {
+            QCOMPARE(run({"fault", "clear", id}), 2);
+            QVERIFY2(m_errors.contains("1 to 9223372036854775807"), m_errors.constData());
+        }
     }
 
 private:
