@@ -3,6 +3,7 @@
 #include "drivers/core/return_codes.h"
 #include "tools/check/checks.h"
 #include "tools/check/child_runner.h"
+#include "tools/check/interruption.h"
 #include "tools/check/picture_folder.h"
 #include "tools/check/report.h"
 
@@ -91,6 +92,8 @@ std::vector<check::Row> runChecks(const std::vector<check::Check> &checks, const
     for (const check::Check &check : checks) {
         const auto body = [&] { return check.run(line.settings); };
         rows.push_back({check.name, check::runInChild(body, line.settings.watchdogMs, line.settings.verbose)});
+        if (check::isInterrupted())
+            break;
         if (!line.json)
             check::printRow(rows.back(), width);
     }
@@ -115,6 +118,7 @@ int checkLibrary(CommandLine &line)
     if (line.settings.ourCodes && !line.settings.notSupportedCode)
         line.settings.notSupportedCode = drivers::kNotSupported;
     const std::vector<check::Row> rows = runChecks(checks, line);
+    check::endIfInterrupted();
     if (line.json)
         check::printJson(line.settings.library, rows);
     else
@@ -152,6 +156,7 @@ int run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     keepStandardStreams();
+    check::deferInterruption();
     try {
         return run(argc, argv);
     } catch (const std::exception &error) {
