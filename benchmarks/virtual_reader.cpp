@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -14,6 +13,7 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -25,13 +25,6 @@ using drivers::tray::Slot;
 using drivers::tray::Tray;
 
 namespace {
-
-struct Figures {
-    double openMs;
-    double apdusPerSecond;
-    double mifareReadsPerSecond;
-    double swipeMs; ///< from the end of a swipe to the status call that reports it, longest of several
-};
 
 double milliseconds(Clock::duration duration)
 {
@@ -66,82 +59,6 @@ private:
     void *m_library;
 };
 
-/// How often `call` runs in a second, over half a second.
-template <class Call>
-double perSecond(Call call)
-{
-    const auto begin = Clock::now();
-    int count = 0;
-    while (Clock::now() - begin < std::chrono::milliseconds(500)) {
-        call();
-        ++count;
-    }
-    return count * 1000.0 / milliseconds(Clock::now() - begin);
-}
-
-double measureOpen(const Driver &driver)
-{
-    const auto open = driver.entry<sdk::Open>("vek_open");
-    const auto close = driver.entry<sdk::Close>("vek_close");
-    std::vector<double> times;
-    for (int i = 0; i < 21; ++i) {
-        const auto begin = Clock::now();
-        const sdk::DeviceHandle handle = open(nullptr, 0, 0);
-        times.push_back(milliseconds(Clock::now() - begin));
-        require(handle != 0 && close(handle, 0) == 0, "vek_open");
-    }
-    std::sort(times.begin(), times.end());
-    return times.at(times.size() / 2);
-}
-
-double measureApdus(const Driver &driver, sdk::DeviceHandle device)
-{
-    std::array<char, sdk::kAtrSize> atr{};
-    std::uint32_t length = 0;
-    require(driver.entry<sdk::IccPowerOn>("vek_icc_poweron")(device, sdk::kSlotContact, 1000, atr.data(), &length) == 0,
-            "vek_icc_poweron");
-    const auto apdu = driver.entry<sdk::IccApdu>("vek_icc_apdu");
-    constexpr char kCommand[] = "00A4040008A000000333010101";
-    return perSecond([&] {
-        std::array<char, sdk::kApduReplySize> reply{};
-        require(apdu(device, sdk::kSlotContact, kCommand, sizeof kCommand - 1, reply.data(), &length) == 0,
-                "vek_icc_apdu");
-    });
-}
-
-double measureMifare(const Driver &driver, sdk::DeviceHandle device)
-{
-    require(driver.entry<sdk::MifareKey>("vek_mifare_authentication")(device, 1, 'A', "FFFFFFFFFFFF") == 0,
-            "vek_mifare_authentication");
-    const auto read = driver.entry<sdk::MifareReadBlock>("vek_mifare_read_block");
-    return perSecond([&] {
-        std::array<char, sdk::kMifareBlockSize> data{};
-        require(read(device, 5, data.data()) == 0, "vek_mifare_read_block");
-    });
-}
-
-double measureSwipe(const Driver &driver, sdk::DeviceHandle device, Tray &tray)
-{
-    const auto start = driver.entry<sdk::MsrSession>("vek_msr_qm_start");
-    const auto status = driver.entry<sdk::MsrSession>("vek_msr_qm_status");
-    const std::string card = tray.state()->at(Slot::Stripe).card;
-    double longest = 0;
-    for (int i = 0; i < 10; ++i) {
-        require(start(device) == 0, "vek_msr_qm_start");
-        std::atomic<Clock::rep> swiped = 0;
-        std::thread person([&] {
-            drivers::reader::swipe(tray, card);
-            swiped = Clock::now().time_since_epoch().count();
-        });
-        while (status(device) != 1)
-            std::this_thread::sleep_for(std::chrono::microseconds(100));
-        const auto seen = Clock::now().time_since_epoch().count();
-        person.join();
-        longest = std::max(longest, milliseconds(Clock::duration(seen - swiped)));
-    }
-    return longest;
-}
-
 /// Brings the deck to a number of cards: those that lie in no slot go, copies of one card come. Not by the tray, which
 /// would synchronise each.
 void resizeDeck(Tray &tray, std::size_t cards)
@@ -158,35 +75,156 @@ void resizeDeck(Tray &tray, std::size_t cards)
         std::ofstream(tray.cardFile("copy-" + std::to_string(count))) << text;
 }
 
-Figures measure(const Driver &driver, const fs::path &folder, std::size_t cards)
+/// How often `call` runs in a second, over a twentieth of one.
+template <class Call>
+double perSecond(Call call)
 {
-    ::setenv(drivers::tray::kTrayVariable, folder.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
-    Tray tray(folder);
-    resizeDeck(tray, cards);
-    require(tray.cardIds().size() == cards, "the deck has not the size asked for");
-    const sdk::DeviceHandle device = driver.entry<sdk::Open>("vek_open")(nullptr, 0, 0);
-    require(device != 0, "vek_open");
-    const Figures figures = {measureOpen(driver), measureApdus(driver, device), measureMifare(driver, device),
-                             measureSwipe(driver, device, tray)};
-    driver.entry<sdk::Close>("vek_close")(device, 0);
-    return figures;
+    const auto begin = Clock::now();
+    int count = 0;
+    while (Clock::now() - begin < std::chrono::milliseconds(50)) {
+        call();
+        ++count;
+    }
+    return count * 1000.0 / milliseconds(Clock::now() - begin);
 }
 
+double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+/// A tray with a deck of its own, and a device on it that has its cards ready: the CPU card powered, the Mifare card
+/// authenticated.
+class Station {
+public:
+    Station(const Driver &driver, fs::path folder, std::size_t cards)
+        : m_driver(driver), m_folder(std::move(folder)), m_cards(cards), m_tray(m_folder)
+    {
+        resizeDeck(m_tray, cards);
+        require(m_tray.cardIds().size() == cards, "the deck has not the size asked for");
+        m_device = open();
+        std::array<char, sdk::kAtrSize> atr{};
+        std::uint32_t length = 0;
+        require(m_driver.entry<sdk::IccPowerOn>("vek_icc_poweron")(m_device, sdk::kSlotContact, 1000, atr.data(),
+                                                                   &length) == 0,
+                "vek_icc_poweron");
+        require(m_driver.entry<sdk::MifareKey>("vek_mifare_authentication")(m_device, 1, 'A', "FFFFFFFFFFFF") == 0,
+                "vek_mifare_authentication");
+    }
+    ~Station() { close(m_device); }
+    Station(const Station &) = delete;
+    Station &operator=(const Station &) = delete;
+
+    void measureRound()
+    {
+        m_openMs.push_back(measureOpen());
+        m_apdus.push_back(measureApdus());
+        m_mifareReads.push_back(measureMifare());
+        m_swipeMs.push_back(measureSwipe());
+    }
+
+    double openMs() const { return median(m_openMs); }
+    double apdusPerSecond() const { return median(m_apdus); }
+    double mifareReadsPerSecond() const { return median(m_mifareReads); }
+    /// From the beginning of a swipe, which the tray writes to the disk, to the status call that reports it.
+    double swipeMs() const { return median(m_swipeMs); }
+
+    void print() const
+    {
+        std::printf("%8zu %10.2f %10.0f %14.0f %10.2f\n", m_cards, openMs(), apdusPerSecond(), mifareReadsPerSecond(),
+                    swipeMs());
+    }
+
+private:
+    sdk::DeviceHandle open() const
+    {
+        ::setenv(drivers::tray::kTrayVariable, m_folder.c_str(), 1); // NOLINT(concurrency-mt-unsafe)
+        const sdk::DeviceHandle handle = m_driver.entry<sdk::Open>("vek_open")(nullptr, 0, 0);
+        require(handle != 0, "vek_open");
+        return handle;
+    }
+
+    void close(sdk::DeviceHandle handle) const { m_driver.entry<sdk::Close>("vek_close")(handle, 0); }
+
+    double measureOpen() const
+    {
+        const auto begin = Clock::now();
+        const sdk::DeviceHandle handle = open();
+        const double time = milliseconds(Clock::now() - begin);
+        close(handle);
+        return time;
+    }
+
+    double measureApdus() const
+    {
+        const auto apdu = m_driver.entry<sdk::IccApdu>("vek_icc_apdu");
+        constexpr char kCommand[] = "00A4040008A000000333010101";
+        return perSecond([&] {
+            std::array<char, sdk::kApduReplySize> reply{};
+            std::uint32_t length = 0;
+            require(apdu(m_device, sdk::kSlotContact, kCommand, sizeof kCommand - 1, reply.data(), &length) == 0,
+                    "vek_icc_apdu");
+        });
+    }
+
+    double measureMifare() const
+    {
+        const auto read = m_driver.entry<sdk::MifareReadBlock>("vek_mifare_read_block");
+        return perSecond([&] {
+            std::array<char, sdk::kMifareBlockSize> data{};
+            require(read(m_device, 5, data.data()) == 0, "vek_mifare_read_block");
+        });
+    }
+
+    double measureSwipe()
+    {
+        const auto status = m_driver.entry<sdk::MsrSession>("vek_msr_qm_status");
+        const std::string card = m_tray.state()->at(Slot::Stripe).card;
+        require(m_driver.entry<sdk::MsrSession>("vek_msr_qm_start")(m_device) == 0, "vek_msr_qm_start");
+        const auto begin = Clock::now();
+        std::thread person([&] { drivers::reader::swipe(m_tray, card); });
+        while (status(m_device) != 1)
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+        const double time = milliseconds(Clock::now() - begin);
+        person.join();
+        return time;
+    }
+
+    const Driver &m_driver;
+    fs::path m_folder;
+    std::size_t m_cards;
+    Tray m_tray;
+    sdk::DeviceHandle m_device = 0;
+    std::vector<double> m_openMs;
+    std::vector<double> m_apdus;
+    std::vector<double> m_mifareReads;
+    std::vector<double> m_swipeMs;
+};
+
+/// The decks take turns, so that whatever else the machine does strikes all; the medians are compared.
 void run(const char *library)
 {
+    constexpr int kRounds = 21;
     const Driver driver(library);
     std::string folder = (fs::temp_directory_path() / "virtual-reader-XXXXXX").string();
     require(::mkdtemp(folder.data()) != nullptr, "no temporary folder");
-    std::printf("%8s %10s %10s %14s %10s\n", "cards", "open ms", "APDU/s", "Mifare read/s", "swipe ms");
-    std::vector<Figures> all;
-    for (const std::size_t cards : {std::size_t{10}, std::size_t{1000}, std::size_t{10000}}) {
-        const Figures &figures = all.emplace_back(measure(driver, fs::path(folder) / std::to_string(cards), cards));
-        std::printf("%8zu %10.2f %10.0f %14.0f %10.2f\n", cards, figures.openMs, figures.apdusPerSecond,
-                    figures.mifareReadsPerSecond, figures.swipeMs);
+    {
+        std::vector<std::unique_ptr<Station>> stations;
+        for (const std::size_t cards : {std::size_t{10}, std::size_t{1000}, std::size_t{10000}})
+            stations.push_back(std::make_unique<Station>(driver, fs::path(folder) / std::to_string(cards), cards));
+        for (int round = 0; round < kRounds; ++round)
+            for (const auto &station : stations)
+                station->measureRound();
+        std::printf("%8s %10s %10s %14s %10s\n", "cards", "open ms", "APDU/s", "Mifare read/s", "swipe ms");
+        for (const auto &station : stations)
+            station->print();
+        const Station &few = *stations.front();
+        const Station &many = *stations.back();
+        std::printf("10,000 cards against 10: open x %.2f, APDU x %.2f, Mifare read x %.2f\n",
+                    many.openMs() / few.openMs(), many.apdusPerSecond() / few.apdusPerSecond(),
+                    many.mifareReadsPerSecond() / few.mifareReadsPerSecond());
     }
-    std::printf("10,000 cards against 10: open x %.2f, APDU x %.2f, Mifare read x %.2f\n",
-                all.back().openMs / all.front().openMs, all.back().apdusPerSecond / all.front().apdusPerSecond,
-                all.back().mifareReadsPerSecond / all.front().mifareReadsPerSecond);
     fs::remove_all(folder);
 }
 

@@ -17,6 +17,12 @@ if find "$world/root" -path '*/drivers/test*' | grep .; then
     echo "a driver for tests is in the package"
     exit 1
 fi
+for kind in cpu id mifare stripe; do
+    [ -s "$world/root/usr/share/unifold-bench/schema/card-$kind.schema.json" ] || {
+        echo "the package does not say what a card of the kind $kind is"
+        exit 1
+    }
+done
 mkdir -m 700 "$world/home"
 status=0
 HOME=$world/home XDG_RUNTIME_DIR=$world/home QT_QPA_PLATFORM=offscreen \

@@ -37,10 +37,11 @@ QString withoutChance(const QString &line)
 QStringList workOnCpuCard(OpenBench &bench)
 {
     auto *const cpu = bench.page<Form_CPU_Iccard>();
-    for (const char *button : {"pushButton_cpucard_status", "pushButton_cpucard_poweron", "pushButton_cpucard_status",
-                               "pushButton_cpucard_apdu", "pushButton_pboc_taglist_whole", "pushButton_pboc_readinfo",
-                               "pushButton_pboc_arqc", "pushButton_cpucard_poweroff", "pushButton_pboc_readinfo",
-                               "pushButton_pboc_arqc", "pushButton_cpucard_status", "pushButton_cpucard_apdu"})
+    for (const char *button :
+         {"pushButton_cpucard_status", "pushButton_cpucard_poweron", "pushButton_cpucard_status",
+          "pushButton_cpucard_apdu", "pushButton_pboc_taglist_whole", "pushButton_pboc_readinfo",
+          "pushButton_pboc_arqc", "pushButton_cpucard_poweroff", "pushButton_pboc_taglist_common",
+          "pushButton_pboc_readinfo", "pushButton_pboc_arqc", "pushButton_cpucard_status", "pushButton_cpucard_apdu"})
         bench.press(button, cpu);
     auto *const ssse = bench.page<Form_ssse>();
     bench.press("pushButton_gov_info", ssse);
@@ -63,6 +64,25 @@ QStringList workOnMifareCard(OpenBench &bench)
     bench.type("lineEdit_mifare_password", "000000000000", page);
     bench.press("pushButton_mifare_auth", page);
     bench.press("pushButton_mifare_wallet_val", page);
+    bench.type("lineEdit_mifare_password", "FFFFFFFFFFFF", page);
+    bench.press("pushButton_mifare_auth", page);
+    bench.press("checkBox_mifare_en_change_password", page);
+    bench.type("lineEdit_mifare_password_new", "A1A2A3A4A5A6", page);
+    for (const char *button :
+         {"pushButton_mifare_change_password", "pushButton_mifare_auth", "pushButton_mifare_read_block"})
+        bench.press(button, page);
+    // A sector in which each key has rights of its own.
+    bench.widget<QComboBox>("comboBox_mifare_sector_number", page)->setCurrentIndex(2);
+    bench.type("lineEdit_mifare_password", "B0B1B2B3B4B5", page);
+    bench.press("radioButton_mifare_password_b", page);
+    for (const char *button : {"pushButton_mifare_auth", "pushButton_mifare_wallet_inc", "pushButton_mifare_wallet_val",
+                               "pushButton_mifare_wallet_init"})
+        bench.press(button, page);
+    bench.type("lineEdit_mifare_password", "A0A1A2A3A4A5", page);
+    bench.press("radioButton_mifare_password_a", page);
+    for (const char *button : {"pushButton_mifare_auth", "pushButton_mifare_wallet_dec", "pushButton_mifare_wallet_val",
+                               "pushButton_mifare_wallet_inc", "pushButton_mifare_wallet_val"})
+        bench.press(button, page);
     return bench.log();
 }
 
@@ -151,8 +171,9 @@ void TestServedCard::benchLogsTheSameOfAMifareCard()
     OpenBench bench(kVirtualLibrary, "[Contactless]");
     QCOMPARE(overPcsc, workOnMifareCard(bench));
     const QString all = overPcsc.join('\n');
-    for (const char *line : {"UID = [3A9F07C4]", "vek_mifare_authentication return[0x0]",
-                             "vek_mifare_write_block return[0x0]", "余额 = [210]"})
+    for (const char *line :
+         {"UID = [3A9F07C4]", "vek_mifare_authentication return[0x0]", "vek_mifare_write_block return[0x0]",
+          "余额 = [210]", "vek_mifare_change_key return[0x0]", "vek_mifare_increase_value return[0xFFFFFFF3]"})
         QVERIFY2(all.contains(line), line);
     // Both cards hold the same on disk.
     QCOMPARE(drivers::tray::Tray(lent.filePath("tray").toStdString()).card(kMifareCard),

@@ -19,6 +19,9 @@ class TestUnifoldTray : public QObject {
 private slots:
     void init();
     void helpsAndRefusesWrongUsage();
+    void tellsInJsonWhatWasDone_data();
+    void tellsInJsonWhatWasDone();
+    void tellsWrongUsageInJson();
     void listsTheDeck();
     void putsAndTakes();
     void swipes();
@@ -29,6 +32,7 @@ private slots:
     void carriesDumps_data();
     void carriesDumps();
     void refusesBadDumps();
+    void refusesDumpsWithoutAUid();
     void takesThePower();
     void resets();
     void findsTheTrayOfTheEnvironment();
@@ -84,6 +88,54 @@ void TestUnifoldTray::helpsAndRefusesWrongUsage()
     QCOMPARE(run({"juggle"}), 2);
     QCOMPARE(run({"take"}), 2);
     QCOMPARE(run({"export", "a", "b", "--format", "odd"}), 2);
+    QVERIFY(!QFile::exists(m_tray));
+}
+
+void TestUnifoldTray::tellsInJsonWhatWasDone_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("done");
+    QTest::newRow("put") << QStringList{"put", "id-permanent-2017"}
+                         << QByteArray(R"({"card":"id-permanent-2017","slot":"id"})");
+    QTest::newRow("take") << QStringList{"take", "psam2"} << QByteArray(R"({"card":"psam-2","slot":"psam2"})");
+    QTest::newRow("swipe") << QStringList{"swipe"} << QByteArray(R"({"card":"stripe-three-tracks"})");
+    QTest::newRow("power") << QStringList{"power"} << QByteArray(R"({"powerCycles":1})");
+    QTest::newRow("reset") << QStringList{"reset"} << QByteArray(R"({"tray":"TRAY"})");
+    QTest::newRow("set") << QStringList{"set", "id-resident", "fields/name", "李四"}
+                         << QByteArray(R"({"card":"id-resident","place":"/fields/name","value":"李四"})");
+    QTest::newRow("add") << QStringList{"add", "-", "--id", "mine"} << QByteArray(R"({"card":"mine"})");
+    QTest::newRow("remove") << QStringList{"remove", "psam-1"} << QByteArray(R"({"card":"psam-1"})");
+    QTest::newRow("export") << QStringList{"export", "mifare-blank", "FILE"}
+                            << QByteArray(R"({"card":"mifare-blank","file":"FILE","format":"eml"})");
+    QTest::newRow("fault") << QStringList{"fault", "clear"} << QByteArray(R"({"cleared":0})");
+}
+
+void TestUnifoldTray::tellsInJsonWhatWasDone()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, done);
+    const QString file = m_folder->filePath("dump.eml");
+    arguments.replaceInStrings("FILE", file);
+    done.replace("FILE", file.toUtf8()).replace("TRAY", m_tray.toUtf8());
+    QCOMPARE(run(QStringList{"--json"} + arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
+    QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact), done);
+    Tray(m_tray.toStdString()).reset();
+    QCOMPARE(run(arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
+    QVERIFY2(m_output.isEmpty(), m_output);
+    if (QFile::exists(file)) {
+        QCOMPARE(run({"--json", "import", "copy", file}), 0);
+        QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact),
+                 QByteArray(R"({"card":"copy","format":"eml"})"));
+    }
+}
+
+void TestUnifoldTray::tellsWrongUsageInJson()
+{
+    for (const QStringList &arguments : {QStringList{"put"}, QStringList{"juggle"}, QStringList{"status", "more"}}) {
+        QCOMPARE(run(QStringList{"--json"} + arguments), 2);
+        QVERIFY2(!object()["error"].toString().isEmpty(), m_output);
+        QVERIFY(!m_errors.isEmpty());
+    }
     QVERIFY(!QFile::exists(m_tray));
 }
 
@@ -160,6 +212,7 @@ void TestUnifoldTray::addsAndRemoves()
     QCOMPARE(run({"add", "-", "--id", "mine", "--replace"}, card), 0);
     QCOMPARE(run({"add", "-", "--id", "../mine"}, card), 1);
     QCOMPARE(run({"add", "-", "--id", "other"}, "{"), 1);
+    QVERIFY2(m_errors.contains("standard input: "), m_errors);
     QCOMPARE(run({"add", "-", "--id", "other"}, R"({"kind": "id"})"), 1);
     QCOMPARE(run({"add", m_folder->filePath("none.json")}), 1);
     QCOMPARE(run({"remove", "mine"}), 0);
@@ -204,6 +257,8 @@ void TestUnifoldTray::carriesDumps_data()
     QTest::newRow("raw by ending") << "dump.mfd" << QStringList();
     QTest::newRow("eml by ending") << "dump.eml" << QStringList();
     QTest::newRow("json by ending") << "dump.json" << QStringList();
+    QTest::newRow("eml by capitals") << "DUMP.EML" << QStringList();
+    QTest::newRow("json by capitals") << "DUMP.JSON" << QStringList();
     QTest::newRow("eml asked for") << "dump" << QStringList{"--format", "eml"};
 }
 
@@ -215,6 +270,10 @@ void TestUnifoldTray::carriesDumps()
     QCOMPARE(run({"set", card, "/blocks/5", "00112233445566778899AABBCCDDEEFF"}), 0);
     const QString file = m_folder->filePath(name);
     QCOMPARE(run(QStringList{"export", card, file} + format), 0);
+    QFile dump(file);
+    QVERIFY(dump.open(QIODevice::ReadOnly));
+    const bool isRaw = name.endsWith(".mfd");
+    QCOMPARE(dump.size() == 1024, isRaw);
     QCOMPARE(run(QStringList{"import", "copy", file} + format), 0);
     QCOMPARE(run({"show", card}), 0);
     const QJsonArray blocks = object()["blocks"].toArray();
@@ -235,13 +294,31 @@ void TestUnifoldTray::refusesBadDumps()
     const QByteArray before = m_output;
     QCOMPARE(run({"import", card, "-"}, QByteArray(1023, '\0')), 1);
     QVERIFY2(m_errors.contains("1023"), m_errors);
+    QVERIFY2(m_errors.contains("standard input: "), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "eml"}, "zz\n"), 1);
+    QVERIFY2(m_errors.contains("standard input: line 1: "), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "json"}, "{}"), 1);
+    QVERIFY2(m_errors.contains("standard input: /blocks: "), m_errors);
+    QCOMPARE(run({"import", card, "-", "--format", "json"}, "{"), 1);
+    QVERIFY2(m_errors.contains("standard input: ") && m_errors.contains("line 1"), m_errors);
     QCOMPARE(run({"import", cardIn("id"), "-"}, QByteArray(1024, '\0')), 1);
     QCOMPARE(run({"export", cardIn("id"), "-"}), 1);
     QCOMPARE(run({"export", card, m_folder->filePath("no/where.mfd")}), 1);
     QCOMPARE(run({"show", card}), 0);
     QCOMPARE(m_output, before);
+}
+
+// A dump whose block 0 is no manufacturer's is refused under the dump's name, before a card of that id comes to be.
+void TestUnifoldTray::refusesDumpsWithoutAUid()
+{
+    const QString file = m_folder->filePath("dump.mfd");
+    QCOMPARE(run({"export", "mifare-blank", file}), 0);
+    QFile dump(file);
+    QVERIFY(dump.open(QIODevice::ReadWrite) && dump.seek(4) && dump.write("\x5A", 1) == 1);
+    dump.close();
+    QCOMPARE(run({"import", "copy", file}), 1);
+    QVERIFY2(m_errors.contains(file.toUtf8() + ": /blocks/0: the fifth byte must be the check byte"), m_errors);
+    QCOMPARE(run({"show", "copy"}), 1);
 }
 
 void TestUnifoldTray::takesThePower()

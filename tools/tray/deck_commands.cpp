@@ -99,19 +99,27 @@ void set(const Options &options, const std::string &id, const std::string &place
     card[pointer] = valueOf(text, before);
     drivers::reader::checkModel(card, tray.cardFile(id).string());
     tray.saveCard(held, id, card);
+    printDone(options.json, {{"card", id}, {"place", pointer.to_string()}, {"value", card.at(pointer)}});
 }
 
 void add(const Options &options, const std::string &file, std::string id, bool replace)
 {
     if (id.empty())
         id = std::filesystem::path(file).stem().string();
-    const json card = drivers::tray::parseJson(readInput(file), file, TrayError::Subject::Card);
-    drivers::reader::checkModel(card, file);
+    const json card = drivers::tray::parseJson(readInput(file), inputName(file), TrayError::Subject::Card);
+    drivers::reader::checkModel(card, inputName(file));
     Tray tray = openTray(options);
     const FolderLock held = tray.lock();
     if (!replace && std::filesystem::exists(tray.cardFile(id)))
         throw std::runtime_error("there is a card " + id + " already (--replace writes over it)");
     tray.saveCard(held, id, card);
+    printDone(options.json, {{"card", id}});
+}
+
+void remove(const Options &options, const std::string &id)
+{
+    openTray(options).removeCard(id);
+    printDone(options.json, {{"card", id}});
 }
 
 void addSet(CLI::App &app, const Options &options)
@@ -159,9 +167,9 @@ void addDeckCommands(CLI::App &app, const Options &options)
     addAdd(app, options);
 
     const auto removed = std::make_shared<std::string>();
-    CLI::App *const remove = app.add_subcommand("remove", "Remove a card from the deck");
-    remove->add_option("card", *removed, "The card's id")->required();
-    remove->callback([=, &options] { openTray(options).removeCard(*removed); });
+    CLI::App *const removing = app.add_subcommand("remove", "Remove a card from the deck");
+    removing->add_option("card", *removed, "The card's id")->required();
+    removing->callback([=, &options] { remove(options, *removed); });
 }
 
 } // namespace tray_tool

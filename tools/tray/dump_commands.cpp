@@ -5,6 +5,7 @@
 #include "tools/tray/command.h"
 #include "tools/tray/output.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace tray_tool {
@@ -22,12 +23,18 @@ struct Arguments {
     std::string format;
 };
 
+char asciiLower(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 /// The format asked for, or the one that the file's ending names; raw where neither does.
 std::string formatOf(const Arguments &arguments)
 {
     if (!arguments.format.empty())
         return arguments.format;
-    const std::string ending = std::filesystem::path(arguments.file).extension().string();
+    std::string ending = std::filesystem::path(arguments.file).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(), asciiLower);
     if (ending == ".eml" || ending == ".json")
         return ending.substr(1);
     return "raw";
@@ -36,19 +43,19 @@ std::string formatOf(const Arguments &arguments)
 MifareImage importDump(const Arguments &arguments)
 {
     const std::string content = readInput(arguments.file);
+    const std::string name = inputName(arguments.file);
     const std::string format = formatOf(arguments);
     try {
         if (format == "eml")
             return drivers::cards::importEmlDump(content);
         if (format == "json") {
-            return drivers::cards::importJsonDump(
-                drivers::tray::parseJson(content, arguments.file, TrayError::Subject::Card));
+            return drivers::cards::importJsonDump(drivers::tray::parseJson(content, name, TrayError::Subject::Card));
         }
         return drivers::cards::importRawDump(content);
     } catch (const TrayError &) {
         throw;
     } catch (const std::runtime_error &error) {
-        throw std::runtime_error(arguments.file + ": " + error.what());
+        throw std::runtime_error(name + ": " + error.what());
     }
 }
 
@@ -64,8 +71,9 @@ void importCard(const Options &options, const Arguments &arguments)
     if (card.at("kind") != "mifare")
         throw std::runtime_error("card " + arguments.card + " is no Mifare card");
     card["blocks"] = drivers::cards::mifareBlocksToJson(image);
-    drivers::reader::checkModel(card, file.string());
+    drivers::reader::checkModel(card, inputName(arguments.file)); // what is wrong now is wrong in the dump
     tray.saveCard(held, arguments.card, card);
+    printDone(options.json, {{"card", arguments.card}, {"format", formatOf(arguments)}});
 }
 
 std::string dumpText(const MifareImage &image, const std::string &format)
@@ -83,6 +91,9 @@ void exportCard(const Options &options, const Arguments &arguments)
     if (card.at("kind") != "mifare")
         throw std::runtime_error("card " + arguments.card + " is no Mifare card");
     writeOutput(arguments.file, dumpText(drivers::cards::MifareCard(card).image(), formatOf(arguments)));
+    // On standard output the dump is all there is.
+    printDone(options.json && arguments.file != "-",
+              {{"card", arguments.card}, {"file", arguments.file}, {"format", formatOf(arguments)}});
 }
 
 void addDumpCommand(CLI::App &app, const Options &options, const char *name, const char *what,

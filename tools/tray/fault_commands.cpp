@@ -112,8 +112,7 @@ void clear(const Options &options, std::uint64_t id)
     const std::size_t cleared = drivers::reader::clearFaults(tray, id);
     if (cleared == 0 && id != 0)
         throw std::runtime_error("there is no fault " + std::to_string(id));
-    if (options.json)
-        printJson({{"cleared", cleared}});
+    printDone(options.json, {{"cleared", cleared}});
 }
 
 void addAddCommand(CLI::App &fault, const Options &options)

@@ -47,8 +47,11 @@ int run(int argc, char **argv)
         return kDone;
     } catch (const CLI::ParseError &error) {
         // Help and the version come this way too.
-        if (app.exit(error) != 0)
+        if (app.exit(error) != 0) {
+            if (options.json)
+                tray_tool::printJson({{"error", error.what()}});
             return kWrongUsage;
+        }
         return std::cout.flush() ? kDone : reportFailure("standard output cannot be written", false);
     } catch (const std::exception &error) {
         return reportFailure(error.what(), options.json);

@@ -43,6 +43,12 @@ void printJson(const nlohmann::json &document)
     std::cout << document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
 }
 
+void printDone(bool asJson, const nlohmann::json &done)
+{
+    if (asJson)
+        printJson(done);
+}
+
 void printTable(const std::vector<std::vector<std::string>> &rows)
 {
     std::vector<std::size_t> widths;
@@ -63,10 +69,15 @@ void printTable(const std::vector<std::vector<std::string>> &rows)
     }
 }
 
+std::string inputName(const std::string &file)
+{
+    return file == "-" ? "standard input" : file;
+}
+
 std::string readInput(const std::string &file)
 {
     const bool standard = file == "-";
-    const std::string name = standard ? "standard input" : file;
+    const std::string name = inputName(file);
     // open() and fcntl() are variadic by their standard.
     const drivers::tray::FileDescriptor input(standard
                                                   ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)    // NOLINT(*-vararg)

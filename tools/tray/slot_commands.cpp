@@ -95,17 +95,22 @@ Slot usualSlot(const std::string &kind)
 void put(const Options &options, const std::string &card, const std::string &slot)
 {
     Tray tray = openTray(options);
-    tray.put(slot.empty() ? usualSlot(tray.card(card).at("kind")) : slotNamed(slot), card);
+    const Slot to = slot.empty() ? usualSlot(tray.card(card).at("kind")) : slotNamed(slot);
+    tray.put(to, card);
+    printDone(options.json, {{"card", card}, {"slot", slotName(to)}});
 }
 
 void take(const Options &options, const std::string &slot)
 {
     const Slot from = slotNamed(slot);
+    std::string card;
     openTray(options).update([&](TrayState &state) {
-        if (state.at(from).card.empty())
+        card = state.at(from).card;
+        if (card.empty())
             throw std::runtime_error("nothing lies in slot " + slot);
         state.take(from);
     });
+    printDone(options.json, {{"card", card}, {"slot", slot}});
 }
 
 void swipe(const Options &options, std::string card)
@@ -116,6 +121,24 @@ void swipe(const Options &options, std::string card)
     if (card.empty())
         throw std::runtime_error("no stripe lies ready: name the card to swipe");
     drivers::reader::swipe(tray, card);
+    printDone(options.json, {{"card", card}});
+}
+
+void cyclePower(const Options &options)
+{
+    std::uint64_t cycles = 0;
+    openTray(options).update([&cycles](TrayState &state) {
+        state.cyclePower();
+        cycles = state.powerCycles;
+    });
+    printDone(options.json, {{"powerCycles", cycles}});
+}
+
+void reset(const Options &options)
+{
+    Tray tray = openTray(options);
+    tray.reset();
+    printDone(options.json, {{"tray", tray.folder().string()}});
 }
 
 CLI::App *addWithCard(CLI::App &app, const char *name, const char *what, std::string &card)
@@ -151,10 +174,10 @@ void addSlotCommands(CLI::App &app, const Options &options)
     });
 
     app.add_subcommand("power", "Take the reader's power away and give it back")->callback([&options] {
-        openTray(options).update([](TrayState &state) { state.cyclePower(); });
+        cyclePower(options);
     });
     app.add_subcommand("reset", "Lay the tray out anew from the sample deck; other cards are lost")
-        ->callback([&options] { openTray(options).reset(); });
+        ->callback([&options] { reset(options); });
 }
 
 } // namespace tray_tool

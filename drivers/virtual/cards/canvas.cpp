@@ -73,6 +73,22 @@ void setSource(cairo_t *context, const Color &color)
 
 } // namespace
 
+void prepareText()
+{
+    // The text library has a set of fonts for each thread.
+    thread_local bool prepared = false;
+    if (prepared)
+        return;
+    const Box box{0, 0, 200, 30};
+    Canvas canvas(200, 30);
+    for (const bool bold : {false, true}) {
+        TextStyle style;
+        style.bold = bold;
+        canvas.text("证件 Card 0", box, style);
+    }
+    prepared = true;
+}
+
 Canvas::Canvas(int width, int height)
     : m_surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height)), m_context(cairo_create(m_surface))
 {

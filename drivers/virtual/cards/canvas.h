@@ -30,6 +30,9 @@ struct TextStyle {
     bool centered = false;
 };
 
+/// Loads the fonts that text() uses in this thread, if it has not. Throws as text() does.
+void prepareText();
+
 class Canvas {
 public:
     /// White. Throws std::runtime_error if there is no memory for it.

@@ -17,9 +17,10 @@ bool knownClass(std::uint8_t cla)
     return cla == 0x00 || cla == 0x80;
 }
 
-Reply wrongExpectedLength(std::size_t right)
+/// A status word whose low byte says how many bytes come next, 00 for 256 and more.
+Reply withLength(std::uint16_t status, std::size_t size)
 {
-    return static_cast<std::uint16_t>(sw::kExpectLength | (right & 0xFFU));
+    return static_cast<std::uint16_t>(status | (std::min<std::size_t>(size, 256) & 0xFFU));
 }
 
 } // namespace
@@ -127,12 +128,12 @@ Reply CpuCard::Parts::delivered(const Command &command, Reply reply)
     if (command.data.empty()) {
         // Under T=0 the reader has to know beforehand how many bytes come.
         const bool fits = protocol == Protocol::kT0 ? exact : room;
-        return fits ? reply : wrongExpectedLength(size);
+        return fits ? reply : withLength(sw::kExpectLength, size);
     }
     if (protocol == Protocol::kT1 && room)
         return reply;
     waiting = std::move(reply.data);
-    return static_cast<std::uint16_t>(sw::kDataWaiting | (size & 0xFFU));
+    return withLength(sw::kDataWaiting, size);
 }
 
 Reply CpuCard::Parts::getResponse(const Command &command)
@@ -144,12 +145,12 @@ Reply CpuCard::Parts::getResponse(const Command &command)
     if (waiting.empty())
         return sw::kConditionsNotSatisfied;
     if (*command.expected > waiting.size())
-        return wrongExpectedLength(waiting.size());
+        return withLength(sw::kExpectLength, waiting.size());
     const auto end = waiting.begin() + static_cast<std::ptrdiff_t>(*command.expected);
     Reply reply(Bytes(waiting.begin(), end));
     waiting.erase(waiting.begin(), end);
     if (!waiting.empty())
-        reply.status = static_cast<std::uint16_t>(sw::kDataWaiting | (waiting.size() & 0xFFU));
+        reply.status = withLength(sw::kDataWaiting, waiting.size()).status;
     return reply;
 }
 

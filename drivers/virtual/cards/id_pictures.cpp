@@ -6,6 +6,11 @@
 
 namespace drivers::cards {
 
+void prepareIdPictures()
+{
+    prepareText();
+}
+
 Picture idPhoto(const IdCard &card)
 {
     Canvas canvas(kIdPhotoWidth, kIdPhotoHeight);

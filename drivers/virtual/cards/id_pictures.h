@@ -8,6 +8,10 @@
 
 namespace drivers::cards {
 
+/// Loads what drawing needs, which takes the first picture of a thread tens of milliseconds: there is time for that
+/// while a card is waited for. Throws as the drawing does.
+void prepareIdPictures();
+
 /// Draw from the card's own fields, so that another name makes another picture. Throw std::runtime_error if there is
 /// no memory.
 Picture idPhoto(const IdCard &card);

@@ -1,5 +1,7 @@
 #include "drivers/virtual/reader/id_module.h"
 
+#include "drivers/virtual/cards/id_pictures.h"
+
 namespace drivers::reader {
 
 using tray::Slot;
@@ -22,12 +24,17 @@ std::shared_ptr<const cards::IdCard> loadCard(const tray::Tray &tray, const std:
 
 } // namespace
 
-ReturnCode IdModule::wait(bool again, std::chrono::milliseconds timeout, std::shared_ptr<const cards::IdCard> &card)
+ReturnCode IdModule::wait(std::uint32_t options, std::chrono::milliseconds timeout,
+                          std::shared_ptr<const cards::IdCard> &card)
 {
+    const bool again = (options & kReadAgain) != 0;
     return m_connection.waitFor(timeout, [&]() -> std::optional<ReturnCode> {
         const tray::SlotContent content = m_connection.tray().state()->at(Slot::IdPlate);
-        if (content.card.empty())
+        if (content.card.empty()) {
+            if ((options & cards::kIdOptionComposite) != 0)
+                cards::prepareIdPictures();
             return std::nullopt;
+        }
         const std::lock_guard guard(m_mutex);
         if (again || m_lastRead == nullptr || m_inserted != content.inserted) {
             m_lastRead = loadCard(m_connection.tray(), content.card);
@@ -42,13 +49,13 @@ ReturnCode IdModule::read(std::uint32_t options, std::chrono::milliseconds timeo
                           std::shared_ptr<const cards::IdCard> &card)
 {
     const ReturnCode result = m_connection.reach(Feature::IdCard);
-    return result == kSuccess ? wait((options & kReadAgain) != 0, timeout, card) : result;
+    return result == kSuccess ? wait(options, timeout, card) : result;
 }
 
 ReturnCode IdModule::find(std::chrono::milliseconds timeout, std::shared_ptr<const cards::IdCard> &card)
 {
     const ReturnCode result = m_connection.reach(Feature::IdModule);
-    return result == kSuccess ? wait(true, timeout, card) : result;
+    return result == kSuccess ? wait(kReadAgain, timeout, card) : result;
 }
 
 ReturnCode IdModule::samId(std::string &text)

@@ -31,7 +31,8 @@ public:
     ReturnCode samId(std::string &text);
 
 private:
-    ReturnCode wait(bool again, std::chrono::milliseconds timeout, std::shared_ptr<const cards::IdCard> &card);
+    ReturnCode wait(std::uint32_t options, std::chrono::milliseconds timeout,
+                    std::shared_ptr<const cards::IdCard> &card);
 
     Connection &m_connection;
     std::mutex m_mutex; ///< guards the two below; not held while waiting

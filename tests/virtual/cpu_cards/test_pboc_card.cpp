@@ -96,6 +96,8 @@ class PbocCardTest : public QObject {
 private slots:
     void listsItsApplications_data();
     void listsItsApplications();
+    void listsMoreApplicationsThanOneReplyHolds_data() { listsItsApplications_data(); }
+    void listsMoreApplicationsThanOneReplyHolds();
     void statusWords_data();
     void statusWords();
     void givesDataObjects();
@@ -131,6 +133,28 @@ void PbocCardTest::listsItsApplications()
     QCOMPARE(askWhole(card, "00B2020C00"), std::string("6A83"));
     QCOMPARE(askWhole(card, "00A404000E325041592E5359532E444446303100"),
              "6F30840E325041592E5359532E4444463031A51EBF0C1B" + entry + "9000");
+}
+
+void PbocCardTest::listsMoreApplicationsThanOneReplyHolds()
+{
+    QFETCH(QString, name);
+    nlohmann::json description = deckCard(name.toStdString());
+    const nlohmann::json application = pbocOf(description);
+    for (int i = 0; i < 19; ++i)
+        description["applications"].push_back(application);
+    CpuCard card(description);
+    // 57 more than twice 256 bytes: the status word has no room for that.
+    QCOMPARE(ask(card, "00A404000E325041592E5359532E444446303100"), std::string("6100"));
+    std::string whole = ask(card, "00C0000000");
+    QCOMPARE(whole.substr(512), std::string("6100"));
+    whole = whole.substr(0, 512) + ask(card, "00C0000000");
+    QCOMPARE(whole.substr(1024), std::string("6139"));
+    QCOMPARE(ask(card, "00C0000040"), std::string("6C39"));
+    whole = whole.substr(0, 1024) + ask(card, "00C0000039");
+    QCOMPARE(whole.size(), std::size_t{569 * 2 + 4});
+    QVERIFY(whole.rfind("6F820235840E", 0) == 0 && whole.substr(1138) == "9000");
+    if (card.protocol() == Protocol::kT0)
+        QCOMPARE(askWhole(card, "00A404000E325041592E5359532E4444463031"), whole);
 }
 
 void PbocCardTest::statusWords_data()

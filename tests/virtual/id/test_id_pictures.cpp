@@ -3,12 +3,17 @@
 #include "id_test_card.h"
 
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <QImage>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <array>
 #include <csignal>
+#include <ctime>
+#include <functional>
 #include <stdexcept>
 
 using namespace drivers::cards;
@@ -61,12 +66,34 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+/// How much processor time the front side takes in a process that did `before` before it; 0 if that failed.
+std::clock_t drawingTimeOfAProcess(const IdCard &card, const std::function<void()> &before)
+{
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0)
+        return 0;
+    if (fork() == 0) {
+        before();
+        const std::clock_t begin = std::clock();
+        idFront(card);
+        const std::clock_t time = std::clock() - begin;
+        _exit(write(ends[1], &time, sizeof time) == sizeof time ? 0 : 1);
+    }
+    ::close(ends[1]);
+    std::clock_t time = 0;
+    const bool told = read(ends[0], &time, sizeof time) == sizeof time;
+    ::close(ends[0]);
+    wait(nullptr);
+    return told ? time : 0;
+}
+
 } // namespace
 
 class TestIdPictures : public QObject {
     Q_OBJECT
 
 private slots:
+    void preparedPicturesAreQuick(); // first: no font has been loaded yet
     void writtenPicturesHaveTheirSizes_data();
     void writtenPicturesHaveTheirSizes();
     void anotherNameMakesOtherPictures();
@@ -81,6 +108,19 @@ private slots:
     void fullDiskKeepsTheOldPicture();
     void wrongPictureIsRefused();
 };
+
+// The first front side of a process, drawn a few times by processes of their own.
+void TestIdPictures::preparedPicturesAreQuick()
+{
+    const IdCard card(residentCard());
+    std::clock_t unprepared = 0;
+    std::clock_t prepared = 0;
+    for (int i = 0; i < 5; ++i) {
+        unprepared += drawingTimeOfAProcess(card, [] {});
+        prepared += drawingTimeOfAProcess(card, prepareIdPictures);
+    }
+    QVERIFY2(prepared > 0 && prepared < unprepared, qPrintable(QString("%1 and %2").arg(prepared).arg(unprepared)));
+}
 
 void TestIdPictures::writtenPicturesHaveTheirSizes_data()
 {
