@@ -174,6 +174,11 @@ void TestDriverCheck::libraryThatDoesNotLoad()
     QCOMPARE(run.with("fail"), QStringList{"library.load"});
     QVERIFY(run.reasons["library.load"].contains("/no/such/library.so"));
     QCOMPARE(run.with("not applicable").size(), run.verdicts.size() - 1);
+    // Nor is it fine for who asks for something else.
+    const CheckRun names = runCheck({"--json", "--only", "library.names", "/no/such/library.so"});
+    QCOMPARE(names.exitCode, 1);
+    QCOMPARE(names.verdicts.keys(), (QStringList{"library.load", "library.names"}));
+    QCOMPARE(names.with("fail"), QStringList{"library.load"});
 }
 
 void TestDriverCheck::codesOfOthersAreTheirOwn()
