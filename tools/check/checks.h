@@ -18,7 +18,7 @@ struct Check {
     std::function<Outcome(const Settings &)> run;
 };
 
-/// All checks in the order in which they are run.
+/// All checks in the order in which they are run. The first one is that the library loads.
 std::vector<Check> allChecks();
 
 std::vector<Check> libraryChecks();

@@ -1,6 +1,7 @@
 #include "tools/check/child_runner.h"
 
 #include "tools/check/guard_buffer.h"
+#include "tools/check/interruption.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -84,6 +85,7 @@ void redirectOutput(bool verbose)
 {
     // A process group of its own, so that what the library starts ends with the check.
     setpgid(0, 0);
+    restoreSignals();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)
         _exit(0);
@@ -109,14 +111,17 @@ std::string inStep()
     return sharedStep->front() == '\0' ? std::string() : std::string(" in ") + sharedStep->data();
 }
 
-/// The child's record, or nothing if it ends without one. False when the watchdog's time is over.
+/// The child's record, or nothing if it ends without one. False when the watchdog's time is over or the program is to
+/// end.
 bool receive(int pipe, Clock::time_point deadline, std::string &record)
 {
     for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+        const auto left = std::max<Clock::duration>(deadline - Clock::now(), Clock::duration::zero());
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+        const timespec time = {seconds.count(), std::chrono::nanoseconds(left - seconds).count()};
         pollfd wait = {pipe, POLLIN, 0};
-        const int ready = poll(&wait, 1, static_cast<int>(std::max<std::int64_t>(left, 0)));
-        if (ready < 0 && errno == EINTR)
+        const int ready = ppoll(&wait, 1, &time, &interruptibleMask());
+        if (ready < 0 && errno == EINTR && !isInterrupted())
             continue;
         if (ready <= 0)
             return false;

@@ -3,6 +3,7 @@
 #include "drivers/core/return_codes.h"
 #include "tools/check/checks.h"
 #include "tools/check/child_runner.h"
+#include "tools/check/interruption.h"
 #include "tools/check/picture_folder.h"
 #include "tools/check/report.h"
 
@@ -81,6 +82,19 @@ std::vector<check::Check> chosenChecks(const std::vector<std::string> &patterns)
     return chosen;
 }
 
+check::ChildResult runCheck(const check::Check &check, const check::Settings &settings)
+{
+    return check::runInChild([&] { return check.run(settings); }, settings.watchdogMs, settings.verbose);
+}
+
+/// A library that does not load fails, whatever was asked for.
+void addFailingLoad(std::vector<check::Check> &checks, const check::Settings &settings)
+{
+    const check::Check load = check::allChecks().front();
+    if (checks.front().name != load.name && runCheck(load, settings).outcome.verdict == check::Verdict::Fail)
+        checks.insert(checks.begin(), load);
+}
+
 std::vector<check::Row> runChecks(const std::vector<check::Check> &checks, const CommandLine &line)
 {
     const check::PictureFolder pictures;
@@ -89,8 +103,9 @@ std::vector<check::Row> runChecks(const std::vector<check::Check> &checks, const
         width = std::max(width, check.name.size());
     std::vector<check::Row> rows;
     for (const check::Check &check : checks) {
-        const auto body = [&] { return check.run(line.settings); };
-        rows.push_back({check.name, check::runInChild(body, line.settings.watchdogMs, line.settings.verbose)});
+        rows.push_back({check.name, runCheck(check, line.settings)});
+        if (check::isInterrupted())
+            break;
         if (!line.json)
             check::printRow(rows.back(), width);
     }
@@ -99,7 +114,7 @@ std::vector<check::Row> runChecks(const std::vector<check::Check> &checks, const
 
 int checkLibrary(CommandLine &line)
 {
-    const std::vector<check::Check> checks = chosenChecks(line.patterns);
+    std::vector<check::Check> checks = chosenChecks(line.patterns);
     if (checks.empty()) {
         std::cerr << "unifold-driver-check: no check has such a name; --list shows them\n";
         return kWrongUsage;
@@ -114,7 +129,9 @@ int checkLibrary(CommandLine &line)
     }
     if (line.settings.ourCodes && !line.settings.notSupportedCode)
         line.settings.notSupportedCode = drivers::kNotSupported;
+    addFailingLoad(checks, line.settings);
     const std::vector<check::Row> rows = runChecks(checks, line);
+    check::endIfInterrupted();
     if (line.json)
         check::printJson(line.settings.library, rows);
     else
@@ -152,6 +169,7 @@ int run(int argc, char **argv)
 int main(int argc, char **argv)
 {
     keepStandardStreams();
+    check::deferInterruption();
     try {
         return run(argc, argv);
     } catch (const std::exception &error) {

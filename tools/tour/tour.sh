@@ -23,11 +23,22 @@ use_display() {
     make_home
 }
 
+# As ./run places them; on a smaller screen the panel lies under the bench, which has to be seen to be clicked at.
+place_windows() {
+    panel_place=+6+120
+    bench_place=+620+100
+    if [ "$(xwininfo -root | awk '/^  Width/ { print $NF }')" -lt 1920 ]; then
+        panel_place=+0+0
+        bench_place=+0+20
+    fi
+}
+
 start_programs() {
-    "$build/bin/unifold-tray-panel" --geometry +6+120 2>"$world/panel.err" &
+    place_windows
+    "$build/bin/unifold-tray-panel" --geometry "$panel_place" 2>"$world/panel.err" &
     pids+=($!)
     panel=$(window_named 虚拟读卡器)
-    LD_LIBRARY_PATH=$build/drivers/virtual "$build/bin/unifold-bench" -geometry +620+100 \
+    LD_LIBRARY_PATH=$build/drivers/virtual "$build/bin/unifold-bench" -geometry "$bench_place" \
         >"$world/bench.out" 2>"$world/bench.err" &
     pids+=($!)
     window=$(window_named 多功能读卡器演示程序)
@@ -53,6 +64,7 @@ step() {
     number=$((number + 1))
     name=$(printf '%02d-%s' "$number" "$1")
     echo "$name"
+    xdotool windowraise "$window"
     click 822 18
 }
 
@@ -162,7 +174,7 @@ swipe_stripe() {
     tab 275
     step stripe
     click 180 328
-    xdotool windowactivate --sync "$panel" key alt+s
+    xdotool windowactivate --sync "$panel" key alt+s windowactivate --sync "$window"
     sleep 0.5
     shows 'vek_msr_qm_get return[0]'
     box_shows 426 241 6228000123456785=29121010000000000

@@ -2,7 +2,10 @@
 #include "tests/tools/check/check_run.h"
 
 #include <QElapsedTimer>
+#include <QTemporaryDir>
 #include <QtTest>
+
+#include <csignal>
 
 using check_test::CheckRun;
 using check_test::runCheck;
@@ -34,6 +37,8 @@ private slots:
     void tableAndSummary();
     void outputThatCannotBeWritten();
     void worksWithoutStandardStreams();
+    void leavesNothingBehindWhenItIsEnded_data();
+    void leavesNothingBehindWhenItIsEnded();
 };
 
 void TestDriverCheck::usage()
@@ -169,6 +174,11 @@ void TestDriverCheck::libraryThatDoesNotLoad()
     QCOMPARE(run.with("fail"), QStringList{"library.load"});
     QVERIFY(run.reasons["library.load"].contains("/no/such/library.so"));
     QCOMPARE(run.with("not applicable").size(), run.verdicts.size() - 1);
+    // Nor is it fine for who asks for something else.
+    const CheckRun names = runCheck({"--json", "--only", "library.names", "/no/such/library.so"});
+    QCOMPARE(names.exitCode, 1);
+    QCOMPARE(names.verdicts.keys(), (QStringList{"library.load", "library.names"}));
+    QCOMPARE(names.with("fail"), QStringList{"library.load"});
 }
 
 void TestDriverCheck::codesOfOthersAreTheirOwn()
@@ -211,6 +221,34 @@ void TestDriverCheck::worksWithoutStandardStreams()
     // The pipe to a check must not get the number of a stream that was closed.
     const QString command = QString(UNIFOLD_CHECK_TOOL) + " --only library.load " + badDriver("None");
     QCOMPARE(QProcess::execute("sh", {"-c", "exec " + command + " <&- >&- 2>&-"}), 0);
+}
+
+void TestDriverCheck::leavesNothingBehindWhenItIsEnded_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("INT") << SIGINT;
+    QTest::newRow("TERM") << SIGTERM;
+    QTest::newRow("HUP") << SIGHUP;
+}
+
+void TestDriverCheck::leavesNothingBehindWhenItIsEnded()
+{
+    QFETCH(int, signal);
+    const QTemporaryDir folder;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", folder.path());
+    QProcess tool;
+    tool.setProcessEnvironment(environment);
+    tool.start(UNIFOLD_CHECK_TOOL, {"--only", "call.vek_beep", badDriver("Hangs")});
+    // The folder for pictures is made before the first check begins.
+    QTRY_VERIFY(!QDir(folder.path()).isEmpty());
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(::kill(static_cast<pid_t>(tool.processId()), signal), 0);
+    QVERIFY(tool.waitForFinished());
+    QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(tool.exitStatus(), QProcess::CrashExit);
+    QVERIFY(QDir(folder.path()).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestDriverCheck)

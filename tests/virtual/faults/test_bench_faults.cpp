@@ -261,8 +261,8 @@ private:
 
     QStringList returnLines()
     {
-        const QStringList lines = m_bench->log().filter("return[");
-        for (const QString &line : lines)
+        QStringList lines = m_bench->log().filter("return[");
+        for (const QString &line : qAsConst(lines))
             m_seen << formOf(line);
         return lines;
     }
