@@ -39,12 +39,16 @@ const valijson::Schema *findSchema(std::string_view name)
     return found == schemas.end() ? nullptr : found->second.get();
 }
 
+/// As a JSON pointer, which is what the card models name places by and what unifold-tray takes. The steps come as
+/// "<root>", "[member]", "[0]".
 std::string placeOf(const valijson::ValidationResults::Error &error)
 {
     std::string place;
-    for (const std::string &step : error.context)
-        place += step == "<root>" ? "$" : step;
-    return place;
+    for (const std::string &step : error.context) {
+        if (step.size() > 2 && step.front() == '[')
+            place += '/' + step.substr(1, step.size() - 2);
+    }
+    return place.empty() ? "/" : place;
 }
 
 /// The validator recurses where a schema does, as in directories of directories, and a stack is not endless.
@@ -83,7 +87,7 @@ void checkAgainstSchema(const json &document, std::string_view schema, const std
     if (parsed == nullptr)
         throw TrayError(subject, file + ": there is no schema " + std::string(schema));
     if (nestsDeeper(document, kMostLevels))
-        throw TrayError(subject, file + ": $: is nested more than " + std::to_string(kMostLevels) + " levels deep");
+        throw TrayError(subject, file + ": /: is nested more than " + std::to_string(kMostLevels) + " levels deep");
     valijson::ValidationResults results;
     if (valijson::Validator().validate(*parsed, Adapter(document), &results))
         return;
@@ -103,11 +107,11 @@ void checkCard(const json &card, const std::string &file)
 {
     const auto kind = card.is_object() ? card.find("kind") : card.end();
     if (kind == card.end() || !kind->is_string())
-        throw TrayError(TrayError::Subject::Card, file + ": $[kind]: the kind of card is missing");
+        throw TrayError(TrayError::Subject::Card, file + ": /kind: the kind of card is missing");
     const std::string schema = "card-" + kind->get<std::string>() + ".schema.json";
     if (findSchema(schema) == nullptr)
         throw TrayError(TrayError::Subject::Card,
-                        file + ": $[kind]: there is no kind of card named " + kind->get<std::string>());
+                        file + ": /kind: there is no kind of card named " + kind->get<std::string>());
     checkAgainstSchema(card, schema, file, TrayError::Subject::Card);
 }
 

@@ -202,7 +202,7 @@ void TestTray::tellsWhereAFileIsBroken()
 
     overwrite(stateFile, R"({"slots": {"contact": {"card": "../x", "inserted": 1}}})");
     error = errorOf([&] { tray.state(); });
-    QVERIFY2(contains(error, stateFile.string()) && contains(error, "[contact][card]"), error.c_str());
+    QVERIFY2(contains(error, stateFile.string()) && contains(error, ": /slots/contact/card: "), error.c_str());
     tray.reset();
 
     const std::string id = world.cardIn(Slot::Antenna);
@@ -214,11 +214,18 @@ void TestTray::tellsWhereAFileIsBroken()
     json wrong = card;
     wrong["blocks"][5] = "no block";
     error = errorOf([&] { tray.saveCard(tray.lock(), id, wrong); });
-    QVERIFY2(contains(error, "[blocks][5]"), error.c_str());
+    QVERIFY2(contains(error, ": /blocks/5: "), error.c_str());
     wrong = card;
     wrong["kind"] = "spoon";
     error = errorOf([&] { tray.saveCard(tray.lock(), id, wrong); });
-    QVERIFY2(contains(error, "spoon"), error.c_str());
+    QVERIFY2(contains(error, ": /kind: ") && contains(error, "spoon"), error.c_str());
+    wrong.erase("kind");
+    error = errorOf([&] { tray.saveCard(tray.lock(), id, wrong); });
+    QVERIFY2(contains(error, ": /kind: "), error.c_str());
+    wrong = card;
+    wrong.erase("blocks");
+    error = errorOf([&] { tray.saveCard(tray.lock(), id, wrong); });
+    QVERIFY2(contains(error, ": /: ") && contains(error, "blocks"), error.c_str());
 }
 
 void TestTray::takesTheLongestTexts()
@@ -252,19 +259,19 @@ void TestTray::refusesHostileFiles_data()
     QTest::newRow("lists without end") << repeated("[", 200000) << QByteArray("line 1, column 200001");
     QTest::newRow("file content") << cpu + R"({"type":"files","files":[{"id":"0001","content":"Z)" + longText +
                                          R"("}]}]})"
-                                  << QByteArray("[applications][0]");
+                                  << QByteArray(": /applications/0");
     QTest::newRow("answer to reset") << R"({"kind":"cpu","applications":[],"atr":"3B)" + longText + R"(Z"})"
-                                     << QByteArray("$[atr]");
+                                     << QByteArray(": /atr: ");
     QTest::newRow("key of blanks") << cpu + R"({"type":"psam","keys":[{"index":1,"key":"00)" + repeated(" ", 1000000) +
                                           R"("}]}]})"
-                                   << QByteArray("[applications][0]");
+                                   << QByteArray(": /applications/0");
     for (const char *track : {"1", "2", "3"}) {
         QTest::newRow(track) << R"({"kind":"stripe","tracks":{")" + QByteArray(track) + R"(":"1)" +
                                     repeated("0", 1000000) + R"("}})"
-                             << "$[tracks][" + QByteArray(track) + ']';
+                             << ": /tracks/" + QByteArray(track) + ": ";
     }
     QTest::newRow("fingerprint") << R"({"kind":"id","letter":"A","fields":{},"fingerprint":"Z)" + longText + R"("})"
-                                 << QByteArray("$[fingerprint]");
+                                 << QByteArray(": /fingerprint: ");
 }
 
 void TestTray::refusesHostileFiles()
