@@ -19,7 +19,6 @@ class TestUnifoldTray : public QObject {
 private slots:
     void init();
     void helpsAndRefusesWrongUsage();
-    void tellsInJsonWhatWasDone_data();
     void tellsInJsonWhatWasDone();
     void tellsWrongUsageInJson();
     void listsTheDeck();
@@ -91,42 +90,35 @@ void TestUnifoldTray::helpsAndRefusesWrongUsage()
     QVERIFY(!QFile::exists(m_tray));
 }
 
-void TestUnifoldTray::tellsInJsonWhatWasDone_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("done");
-    QTest::newRow("put") << QStringList{"put", "id-permanent-2017"}
-                         << QByteArray(R"({"card":"id-permanent-2017","slot":"id"})");
-    QTest::newRow("take") << QStringList{"take", "psam2"} << QByteArray(R"({"card":"psam-2","slot":"psam2"})");
-    QTest::newRow("swipe") << QStringList{"swipe"} << QByteArray(R"({"card":"stripe-three-tracks"})");
-    QTest::newRow("power") << QStringList{"power"} << QByteArray(R"({"powerCycles":1})");
-    QTest::newRow("reset") << QStringList{"reset"} << QByteArray(R"({"tray":"TRAY"})");
-    QTest::newRow("set") << QStringList{"set", "id-resident", "fields/name", "李四"}
-                         << QByteArray(R"({"card":"id-resident","place":"/fields/name","value":"李四"})");
-    QTest::newRow("add") << QStringList{"add", "-", "--id", "mine"} << QByteArray(R"({"card":"mine"})");
-    QTest::newRow("remove") << QStringList{"remove", "psam-1"} << QByteArray(R"({"card":"psam-1"})");
-    QTest::newRow("export") << QStringList{"export", "mifare-blank", "FILE"}
-                            << QByteArray(R"({"card":"mifare-blank","file":"FILE","format":"eml"})");
-    QTest::newRow("fault") << QStringList{"fault", "clear"} << QByteArray(R"({"cleared":0})");
-}
-
 void TestUnifoldTray::tellsInJsonWhatWasDone()
 {
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, done);
+    struct Command {
+        QStringList arguments;
+        QByteArray done;
+    };
     const QString file = m_folder->filePath("dump.eml");
-    arguments.replaceInStrings("FILE", file);
-    done.replace("FILE", file.toUtf8()).replace("TRAY", m_tray.toUtf8());
-    QCOMPARE(run(QStringList{"--json"} + arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
-    QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact), done);
-    Tray(m_tray.toStdString()).reset();
-    QCOMPARE(run(arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
-    QVERIFY2(m_output.isEmpty(), m_output);
-    if (QFile::exists(file)) {
-        QCOMPARE(run({"--json", "import", "copy", file}), 0);
-        QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact),
-                 QByteArray(R"({"card":"copy","format":"eml"})"));
+    const Command commands[] = {
+        {{"put", "id-permanent-2017"}, R"({"card":"id-permanent-2017","slot":"id"})"},
+        {{"take", "psam2"}, R"({"card":"psam-2","slot":"psam2"})"},
+        {{"swipe"}, R"({"card":"stripe-three-tracks"})"},
+        {{"power"}, R"({"powerCycles":1})"},
+        {{"set", "id-resident", "fields/name", "李四"},
+         R"({"card":"id-resident","place":"/fields/name","value":"李四"})"},
+        {{"add", "-", "--id", "mine"}, R"({"card":"mine"})"},
+        {{"remove", "mine"}, R"({"card":"mine"})"},
+        {{"export", "mifare-blank", file}, R"({"card":"mifare-blank","file":"FILE","format":"eml"})"},
+        {{"import", "copy", file}, R"({"card":"copy","format":"eml"})"},
+        {{"fault", "clear"}, R"({"cleared":0})"},
+        {{"reset"}, R"({"tray":"TRAY"})"},
+    };
+    for (const Command &command : commands) {
+        QCOMPARE(run(QStringList{"--json"} + command.arguments, R"({"kind": "stripe", "tracks": {"2": "1=2"}})"), 0);
+        QByteArray done = command.done;
+        done.replace("FILE", file.toUtf8()).replace("TRAY", m_tray.toUtf8());
+        QCOMPARE(QJsonDocument::fromJson(m_output).toJson(QJsonDocument::Compact), done);
     }
+    QCOMPARE(run({"put", "id-resident"}), 0);
+    QVERIFY2(m_output.isEmpty(), m_output);
 }
 
 void TestUnifoldTray::tellsWrongUsageInJson()
@@ -298,7 +290,7 @@ void TestUnifoldTray::refusesBadDumps()
     QCOMPARE(run({"import", card, "-", "--format", "eml"}, "zz\n"), 1);
     QVERIFY2(m_errors.contains("standard input: line 1: "), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "json"}, "{}"), 1);
-    QVERIFY2(m_errors.contains("standard input: /blocks: "), m_errors);
+    QVERIFY2(m_errors.contains("standard input: /: \"blocks\" is missing"), m_errors);
     QCOMPARE(run({"import", card, "-", "--format", "json"}, "{"), 1);
     QVERIFY2(m_errors.contains("standard input: ") && m_errors.contains("line 1"), m_errors);
     QCOMPARE(run({"import", cardIn("id"), "-"}, QByteArray(1024, '\0')), 1);

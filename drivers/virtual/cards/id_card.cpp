@@ -1,7 +1,7 @@
 #include "drivers/virtual/cards/id_card.h"
 
-#include "drivers/virtual/cards/card_description.h"
 #include "drivers/virtual/cards/id_fields.h"
+#include "drivers/virtual/cards/json_node.h"
 
 #include <algorithm>
 
@@ -15,141 +15,132 @@ constexpr std::size_t kFingerprintBytes = 1023; // twice as many digits and a NU
 /// The description, once it is known to be an ID card's.
 const nlohmann::json &checked(const nlohmann::json &description)
 {
-    requireKind(description, "id");
-    requireObject(description, "", {"letter", "fields", "uid", "dn", "emid", "fingerprint", "portrait", "module"});
+    const JsonNode root(description);
+    root.requireKind("id");
+    root.allowOnly({"letter", "fields", "uid", "dn", "emid", "fingerprint", "portrait", "module"});
     return description;
 }
 
-char letterOf(const nlohmann::json &description)
+char letterOf(const JsonNode &root)
 {
-    const std::string letter = requireText(description, "", "letter");
+    const JsonNode node = root.at("letter");
+    const std::string letter = node.text();
     if (letter.size() != 1 || letter[0] <= ' ' || letter[0] > '~' || letter[0] == kUsualSeparator)
-        rejectDescription("/letter", "must be one printable ASCII character other than |");
+        node.fail("must be one printable ASCII character other than |");
     return letter[0];
 }
 
-void requirePlainText(const std::string &text, const std::string &place)
+std::string plainText(const JsonNode &node)
 {
+    std::string text = node.text();
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);
         if (byte < 0x20 || byte == 0x7F || character == kUsualSeparator)
-            rejectDescription(place, "must not contain control characters or |");
+            node.fail("must not contain control characters or |");
     }
+    return text;
 }
 
-std::map<std::string, std::string> fieldsOf(const nlohmann::json &description, char letter)
+std::map<std::string, std::string> fieldsOf(const JsonNode &root, char letter)
 {
-    const nlohmann::json &members = requireMember(description, "", "fields");
-    if (!members.is_object())
-        rejectDescription("/fields", "must be an object");
     const IdFieldNames &names = idFieldNames(letter);
     std::map<std::string, std::string> fields;
-    for (const auto &[key, ignored] : members.items()) {
-        const std::string place = "/fields/" + key;
+    for (const auto &[key, node] : root.at("fields").members()) {
         if (std::find(names.begin(), names.end(), key) == names.end())
-            rejectDescription(place, std::string("is not a field of kind ") + letter);
-        std::string text = requireText(members, "/fields", key);
-        requirePlainText(text, place);
-        fields[key] = std::move(text);
+            node.fail(std::string("is not a field of kind ") + letter);
+        fields[key] = plainText(node);
     }
     return fields;
 }
 
-std::string codeOf(const nlohmann::json &description, const std::string &key, std::size_t longest)
+std::string codeOf(const JsonNode &root, const std::string &key, std::size_t longest)
 {
-    std::string text = optionalText(description, "", key, "");
+    std::string text = root.textOr(key, "");
     if (text.size() > longest)
-        rejectDescription("/" + key, "must be at most " + std::to_string(longest) + " bytes");
+        root.at(key).fail("must be at most " + std::to_string(longest) + " bytes");
     return text;
 }
 
 /// Long data may stand in a list, one line of the file each.
-Bytes longHex(const nlohmann::json &data, const std::string &place)
+Bytes longHex(const JsonNode &data)
 {
-    if (!data.is_array())
-        return requireHex(data, place);
+    if (!data.isArray())
+        return data.hex();
     Bytes bytes;
-    for (std::size_t i = 0; i < data.size(); ++i) {
-        const Bytes part = requireHex(data.at(i), place + "/" + std::to_string(i));
+    for (const JsonNode &line : data.items()) {
+        const Bytes part = line.hex();
         bytes.insert(bytes.end(), part.begin(), part.end());
     }
     return bytes;
 }
 
-Bytes fingerprintOf(const nlohmann::json &description)
+Bytes fingerprintOf(const JsonNode &root)
 {
-    if (!description.contains("fingerprint"))
+    const auto node = root.find("fingerprint");
+    if (!node)
         return {};
-    Bytes bytes = longHex(description.at("fingerprint"), "/fingerprint");
+    Bytes bytes = longHex(*node);
     if (bytes.size() > kFingerprintBytes)
-        rejectDescription("/fingerprint", "must be at most " + std::to_string(kFingerprintBytes) + " bytes");
+        node->fail("must be at most " + std::to_string(kFingerprintBytes) + " bytes");
     return bytes;
 }
 
-bool flagOf(const nlohmann::json &portrait, const std::string &key)
-{
-    if (!portrait.contains(key))
-        return false;
-    if (!portrait.at(key).is_boolean())
-        rejectDescription("/portrait/" + key, "must be true or false");
-    return portrait.at(key).get<bool>();
-}
-
-Portrait portraitOf(const nlohmann::json &description)
+Portrait portraitOf(const JsonNode &root)
 {
     Portrait portrait;
-    const auto found = description.find("portrait");
-    if (found == description.end())
+    const auto node = root.find("portrait");
+    if (!node)
         return portrait;
-    requireObject(*found, "/portrait", {"seed", "glasses", "longHair"});
-    if (found->contains("seed")) {
-        const nlohmann::json &seed = found->at("seed");
-        const bool inRange = seed.is_number_integer() && seed >= 0 && seed <= UINT32_MAX;
-        if (!inRange)
-            rejectDescription("/portrait/seed", "must be a whole number from 0 to 4294967295");
-        portrait.seed = seed.get<std::uint32_t>();
-    }
-    portrait.glasses = flagOf(*found, "glasses");
-    portrait.longHair = flagOf(*found, "longHair");
+    node->allowOnly({"seed", "glasses", "longHair"});
+    if (const auto seed = node->find("seed"))
+        portrait.seed = static_cast<std::uint32_t>(seed->number(0, UINT32_MAX));
+    if (const auto glasses = node->find("glasses"))
+        portrait.glasses = glasses->flag();
+    if (const auto longHair = node->find("longHair"))
+        portrait.longHair = longHair->flag();
     return portrait;
 }
 
-std::map<std::string, ModuleReply> repliesOf(const nlohmann::json &description)
+ModuleReply replyOf(const JsonNode &answer)
+{
+    answer.allowOnly({"sw", "data"});
+    ModuleReply reply;
+    for (const std::uint8_t byte : answer.at("sw").hex(4, 4))
+        reply.statusWord = reply.statusWord << 8U | byte;
+    if (const auto data = answer.find("data"))
+        reply.data = longHex(*data);
+    return reply;
+}
+
+std::map<std::string, ModuleReply> repliesOf(const JsonNode &root)
 {
     std::map<std::string, ModuleReply> replies;
-    const auto found = description.find("module");
-    if (found == description.end())
+    const auto module = root.find("module");
+    if (!module)
         return replies;
-    if (!found->is_object())
-        rejectDescription("/module", "must be an object");
-    for (const auto &[command, answer] : found->items()) {
-        const std::string place = "/module/" + command;
+    for (const auto &[command, answer] : module->members()) {
         const auto bytes = fromHex(command);
         if (!bytes || bytes->size() != 2)
-            rejectDescription(place, "must be named by a command of 4 hexadecimal digits");
-        requireObject(answer, place, {"sw", "data"});
-        ModuleReply reply;
-        for (const std::uint8_t byte : requireHex(requireMember(answer, place, "sw"), place + "/sw", 4))
-            reply.statusWord = reply.statusWord << 8U | byte;
-        if (answer.contains("data"))
-            reply.data = longHex(answer.at("data"), place + "/data");
-        replies[toHex(*bytes)] = std::move(reply);
+            answer.fail("must be named by a command of 4 hexadecimal digits");
+        replies[toHex(*bytes)] = replyOf(answer);
     }
     return replies;
 }
 
 } // namespace
 
-IdCard::IdCard(const nlohmann::json &description)
-    : m_description(checked(description)), m_letter(letterOf(description)), m_fields(fieldsOf(description, m_letter)),
-      m_uid(codeOf(description, "uid", kIdUidBytes)), m_dn(codeOf(description, "dn", kIdDnBytes)),
-      m_emid(codeOf(description, "emid", kIdEmidBytes)), m_fingerprint(fingerprintOf(description)),
-      m_portrait(portraitOf(description)), m_replies(repliesOf(description))
+IdCard::IdCard(const nlohmann::json &description) : IdCard(JsonNode(checked(description)), description) {}
+
+IdCard::IdCard(const JsonNode &root, const nlohmann::json &description)
+    : m_description(description), m_letter(letterOf(root)), m_fields(fieldsOf(root, m_letter)),
+      m_uid(codeOf(root, "uid", kIdUidBytes)), m_dn(codeOf(root, "dn", kIdDnBytes)),
+      m_emid(codeOf(root, "emid", kIdEmidBytes)), m_fingerprint(fingerprintOf(root)), m_portrait(portraitOf(root)),
+      m_replies(repliesOf(root))
 {
     const std::size_t size = info(kIdOptionText, kUsualSeparator).size();
     if (size > kIdInfoBytes)
-        rejectDescription("/fields", "make a text of " + std::to_string(size) + " bytes, at most " +
-                                         std::to_string(kIdInfoBytes) + " fit");
+        root.at("fields").fail("make a text of " + std::to_string(size) + " bytes, at most " +
+                               std::to_string(kIdInfoBytes) + " fit");
 }
 
 std::string IdCard::field(const std::string &name) const

@@ -11,6 +11,8 @@
 
 namespace drivers::cards {
 
+class JsonNode;
+
 // Option bits of a reading.
 constexpr std::uint32_t kIdOptionFingerprint = 0x01;
 constexpr std::uint32_t kIdOptionText = 0x02;
@@ -75,6 +77,8 @@ public:
     ModuleReply moduleReply(std::uint8_t byte1, std::uint8_t byte2) const;
 
 private:
+    IdCard(const JsonNode &root, const nlohmann::json &description);
+
     nlohmann::json m_description;
     char m_letter;
     std::map<std::string, std::string> m_fields;

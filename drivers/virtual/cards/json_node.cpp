@@ -12,6 +12,12 @@ bool allDigits(const std::string &text)
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+std::string withoutBlanks(std::string text)
+{
+    text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+    return text;
+}
+
 std::string range(std::size_t min, std::size_t max)
 {
     return min == max ? std::to_string(min) : std::to_string(min) + " to " + std::to_string(max);
@@ -22,6 +28,23 @@ std::string range(std::size_t min, std::size_t max)
 void JsonNode::fail(const std::string &reason) const
 {
     throw std::runtime_error((m_place.empty() ? "/" : m_place) + ": " + reason);
+}
+
+void JsonNode::requireKind(const std::string &kind) const
+{
+    const JsonNode found = at("kind");
+    if (found.text() != kind)
+        found.fail("must be \"" + kind + "\"");
+}
+
+void JsonNode::allowOnly(std::initializer_list<const char *> keys) const
+{
+    for (const auto &[key, node] : members()) {
+        const auto isKey = [&name = key](const char *known) { return name == known; };
+        const bool common = m_place.empty() && (key == "kind" || key == "title" || key == "$schema");
+        if (!common && std::none_of(keys.begin(), keys.end(), isKey))
+            node.fail("is not known here");
+    }
 }
 
 std::optional<JsonNode> JsonNode::find(const std::string &key) const
@@ -65,8 +88,24 @@ std::vector<std::pair<std::string, JsonNode>> JsonNode::members() const
 std::string JsonNode::text() const
 {
     if (!m_value.is_string())
-        fail("must be a text");
-    return m_value.get<std::string>();
+        fail("must be text");
+    auto text = m_value.get<std::string>();
+    if (text.find('\0') != std::string::npos)
+        fail("must not contain a NUL character");
+    return text;
+}
+
+std::string JsonNode::textOr(const std::string &key, const std::string &fallback) const
+{
+    const auto member = find(key);
+    return member ? member->text() : fallback;
+}
+
+bool JsonNode::flag() const
+{
+    if (!m_value.is_boolean())
+        fail("must be true or false");
+    return m_value.get<bool>();
 }
 
 long JsonNode::number(long min, long max) const
@@ -84,11 +123,17 @@ std::string JsonNode::digits(std::size_t min, std::size_t max) const
     return value;
 }
 
+Bytes JsonNode::hex() const
+{
+    auto bytes = fromHex(withoutBlanks(text()));
+    if (!bytes)
+        fail("must be an even number of hexadecimal digits");
+    return *bytes;
+}
+
 Bytes JsonNode::hex(std::size_t minBytes, std::size_t maxBytes) const
 {
-    std::string digits = text();
-    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    auto bytes = fromHex(digits);
+    auto bytes = fromHex(withoutBlanks(text()));
     if (!bytes || bytes->size() < minBytes || bytes->size() > maxBytes)
         fail("must be " + range(minBytes, maxBytes) + " bytes in hexadecimal");
     return *bytes;

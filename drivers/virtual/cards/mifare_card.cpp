@@ -1,6 +1,6 @@
 #include "drivers/virtual/cards/mifare_card.h"
 
-#include "drivers/virtual/cards/card_description.h"
+#include "drivers/virtual/cards/json_node.h"
 
 #include <algorithm>
 
@@ -31,29 +31,29 @@ void clearPart(Block16 &block, std::size_t begin, std::size_t end)
         block[i] = 0;
 }
 
-void requireManufacturerBlock(const Block16 &block)
+void requireManufacturerBlock(const JsonNode &node, const Block16 &block)
 {
     std::uint8_t check = 0;
     for (std::size_t i = 0; i < kUidBytes; ++i)
         check ^= block[i];
     if (block[kUidBytes] != check)
-        rejectDescription("/blocks/0",
-                          "the fifth byte must be the check byte of a four-byte UID, " + toHex(Bytes{check}));
+        node.fail("the fifth byte must be the check byte of a four-byte UID, " + toHex(Bytes{check}));
 }
 
 MifareImage imageOf(const nlohmann::json &description)
 {
-    requireKind(description, "mifare");
-    requireObject(description, "", {"type", "blocks"});
-    const nlohmann::json &blocks = requireMember(description, "", "blocks");
-    if (!blocks.is_array() || blocks.size() != static_cast<std::size_t>(kMifareBlocks))
-        rejectDescription("/blocks", "must be a list of 64 blocks");
+    const JsonNode root(description);
+    root.requireKind("mifare");
+    root.allowOnly({"type", "blocks"});
+    const std::vector<JsonNode> blocks = root.at("blocks").items();
+    if (blocks.size() != static_cast<std::size_t>(kMifareBlocks))
+        root.at("blocks").fail("must be a list of 64 blocks");
     MifareImage image{};
     for (std::size_t i = 0; i < image.size(); ++i) {
-        const Bytes bytes = requireHex(blocks.at(i), "/blocks/" + std::to_string(i), kMifareBlockBytes);
+        const Bytes bytes = blocks.at(i).hex(kMifareBlockBytes, kMifareBlockBytes);
         std::copy(bytes.begin(), bytes.end(), image[i].begin());
     }
-    requireManufacturerBlock(image[0]);
+    requireManufacturerBlock(blocks.front(), image[0]);
     return image;
 }
 
@@ -61,9 +61,10 @@ MifareImage imageOf(const nlohmann::json &description)
 
 MifareCard::MifareCard(const nlohmann::json &description) : m_description(description), m_image(imageOf(description))
 {
-    const std::string type = optionalText(description, "", "type", "A");
+    const JsonNode root(description);
+    const std::string type = root.textOr("type", "A");
     if (type.size() != 1 || type[0] <= ' ' || type[0] > '~')
-        rejectDescription("/type", "must be one printable ASCII character");
+        root.at("type").fail("must be one printable ASCII character");
     m_type = type[0];
 }
 

@@ -1,6 +1,6 @@
 #include "drivers/virtual/cards/mifare_dump.h"
 
-#include "drivers/virtual/cards/card_description.h"
+#include "drivers/virtual/cards/json_node.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -48,41 +48,37 @@ nlohmann::json sectorKeysOf(const Block16 &trailer)
             {"KeyB", hexOf(trailer.begin() + kKeyBOffset, kMifareBlockBytes - kKeyBOffset)}};
 }
 
-void overlay(const nlohmann::json &keys, const std::string &place, const char *name, Block16 &trailer,
-             std::size_t begin, std::size_t end)
+void overlay(const JsonNode &keys, const char *name, Block16 &trailer, std::size_t begin, std::size_t end)
 {
-    if (!keys.contains(name))
+    const auto part = keys.find(name);
+    if (!part)
         return;
-    const Bytes bytes = requireHex(keys.at(name), place + "/" + name, end - begin);
+    const Bytes bytes = part->hex(end - begin, end - begin);
     std::copy(bytes.begin(), bytes.end(), trailer.begin() + static_cast<std::ptrdiff_t>(begin));
 }
 
-void overlaySectorKeys(const nlohmann::json &sectors, MifareImage &image)
+void overlaySectorKeys(const JsonNode &sectors, MifareImage &image)
 {
-    if (!sectors.is_object())
-        rejectDescription("/SectorKeys", "must be an object");
     for (int sector = 0; sector < kMifareSectors; ++sector) {
-        const auto found = sectors.find(std::to_string(sector));
-        if (found == sectors.end())
+        const auto keys = sectors.find(std::to_string(sector));
+        if (!keys)
             continue;
-        const std::string place = "/SectorKeys/" + std::to_string(sector);
-        if (!found->is_object())
-            rejectDescription(place, "must be an object");
         Block16 &trailer = image.at(static_cast<std::size_t>(trailerOfSector(sector)));
-        overlay(*found, place, "KeyA", trailer, kKeyAOffset, kAccessOffset);
-        overlay(*found, place, "AccessConditions", trailer, kAccessOffset, kKeyBOffset);
-        overlay(*found, place, "KeyB", trailer, kKeyBOffset, kMifareBlockBytes);
+        overlay(*keys, "KeyA", trailer, kKeyAOffset, kAccessOffset);
+        overlay(*keys, "AccessConditions", trailer, kAccessOffset, kKeyBOffset);
+        overlay(*keys, "KeyB", trailer, kKeyBOffset, kMifareBlockBytes);
     }
 }
 
-void requireSameUid(const nlohmann::json &dump, const Block16 &manufacturer)
+void requireSameUid(const JsonNode &dump, const Block16 &manufacturer)
 {
     const auto card = dump.find("Card");
-    if (card == dump.end() || !card->is_object() || !card->contains("UID"))
+    const auto uid = card ? card->find("UID") : std::nullopt;
+    if (!uid)
         return;
-    const Bytes uid = requireHex(card->at("UID"), "/Card/UID", kUidBytes);
-    if (!std::equal(uid.begin(), uid.end(), manufacturer.begin()))
-        rejectDescription("/Card/UID", "is not the UID of block 0, " + hexOf(manufacturer.begin(), kUidBytes));
+    const Bytes bytes = uid->hex(kUidBytes, kUidBytes);
+    if (!std::equal(bytes.begin(), bytes.end(), manufacturer.begin()))
+        uid->fail("is not the UID of block 0, " + hexOf(manufacturer.begin(), kUidBytes));
 }
 
 } // namespace
@@ -148,22 +144,18 @@ nlohmann::json exportJsonDump(const MifareImage &image)
 
 MifareImage importJsonDump(const nlohmann::json &dump)
 {
-    if (!dump.is_object())
-        rejectDescription("", "must be an object");
-    const nlohmann::json &blocks = requireMember(dump, "", "blocks");
-    if (!blocks.is_object())
-        rejectDescription("/blocks", "must be an object");
+    const JsonNode root(dump);
+    const JsonNode blocks = root.at("blocks");
     MifareImage image{};
     for (std::size_t i = 0; i < image.size(); ++i) {
-        const std::string key = std::to_string(i);
-        const Bytes bytes = requireHex(requireMember(blocks, "/blocks", key), "/blocks/" + key, kMifareBlockBytes);
+        const Bytes bytes = blocks.at(std::to_string(i)).hex(kMifareBlockBytes, kMifareBlockBytes);
         std::copy(bytes.begin(), bytes.end(), image[i].begin());
     }
-    if (blocks.size() != image.size())
-        rejectDescription("/blocks", "must hold the blocks 0 to 63 and nothing else");
-    if (dump.contains("SectorKeys"))
-        overlaySectorKeys(dump.at("SectorKeys"), image);
-    requireSameUid(dump, image[0]);
+    if (blocks.members().size() != image.size())
+        blocks.fail("must hold the blocks 0 to 63 and nothing else");
+    if (const auto sectors = root.find("SectorKeys"))
+        overlaySectorKeys(*sectors, image);
+    requireSameUid(root, image[0]);
     return image;
 }
 

@@ -1,6 +1,6 @@
 #include "drivers/virtual/cards/stripe_card.h"
 
-#include "drivers/virtual/cards/card_description.h"
+#include "drivers/virtual/cards/json_node.h"
 
 #include <algorithm>
 
@@ -10,17 +10,18 @@ namespace {
 
 StripeCard::Tracks tracksOf(const nlohmann::json &description)
 {
-    requireKind(description, "stripe");
-    requireObject(description, "", {"tracks"});
-    const nlohmann::json &members = requireMember(description, "", "tracks");
-    requireObject(members, "/tracks", {"1", "2", "3"});
+    const JsonNode root(description);
+    root.requireKind("stripe");
+    root.allowOnly({"tracks"});
+    const JsonNode members = root.at("tracks");
+    members.allowOnly({"1", "2", "3"});
     StripeCard::Tracks tracks;
     for (int track = 1; track <= kStripeTracks; ++track) {
         const std::string key = std::to_string(track);
         std::string reason;
-        const auto data = trackData(track, optionalText(members, "/tracks", key, ""), reason);
+        const auto data = trackData(track, members.textOr(key, ""), reason);
         if (!data)
-            rejectDescription("/tracks/" + key, reason);
+            members.at(key).fail(reason);
         tracks.at(static_cast<std::size_t>(track - 1)) = *data;
     }
     return tracks;

@@ -97,7 +97,7 @@ void CardDescriptionTest::errorsNameThePlace_data()
     row("account number", kBank, "/applications/0/pan", "\"62280001x\"",
         "/applications/0/pan: must be 12 to 19 decimal digits");
     row("account number as a number", kBank, "/applications/0/pan", "6228000100002029998",
-        "/applications/0/pan: must be a text");
+        "/applications/0/pan: must be text");
     row("algorithm", kBank, "/applications/0/algorithm", "\"AES\"",
         "/applications/0/algorithm: must be \"3DES\" or \"SM4\"");
     row("key too short", kBank, "/applications/0/masterKey", "\"00112233\"",

@@ -225,9 +225,9 @@ void TestIdCard::nonsenseIsRejectedWithItsPlace()
     QVERIFY(rejectionWith("portrait", {{"beard", true}}).startsWith("/portrait/beard: "));
     QVERIFY(rejectionWith("module", {{"20", nlohmann::json::object()}}).startsWith("/module/20: "));
     QCOMPARE(rejectionWith("module", {{"2001", nlohmann::json::object()}}),
-             QStringLiteral("/module/2001/sw: is missing"));
+             QStringLiteral("/module/2001: \"sw\" is missing"));
     QCOMPARE(rejectionWith("module", {{"2001", {{"sw", "90"}}}}),
-             QStringLiteral("/module/2001/sw: must be 8 hexadecimal digits"));
+             QStringLiteral("/module/2001/sw: must be 4 bytes in hexadecimal"));
     QCOMPARE(rejectionWith("module", {{"2001", {{"sw", "00000090"}, {"data", 1}}}}),
              QStringLiteral("/module/2001/data: must be text"));
 }

@@ -258,10 +258,10 @@ void TestMifareCard::nonsenseIsRejectedWithItsPlace()
     QCOMPARE(rejection(bad), QStringLiteral("/kind: must be \"mifare\""));
     bad = good;
     bad["blocks"][7] = "FFF";
-    QCOMPARE(rejection(bad), QStringLiteral("/blocks/7: must be an even number of hexadecimal digits"));
+    QCOMPARE(rejection(bad), QStringLiteral("/blocks/7: must be 16 bytes in hexadecimal"));
     bad = good;
     bad["blocks"][7] = "FFFF";
-    QCOMPARE(rejection(bad), QStringLiteral("/blocks/7: must be 32 hexadecimal digits"));
+    QCOMPARE(rejection(bad), QStringLiteral("/blocks/7: must be 16 bytes in hexadecimal"));
     bad["blocks"][7] = 5;
     QCOMPARE(rejection(bad), QStringLiteral("/blocks/7: must be text"));
     bad = good;
@@ -269,7 +269,7 @@ void TestMifareCard::nonsenseIsRejectedWithItsPlace()
     QCOMPARE(rejection(bad), QStringLiteral("/blocks: must be a list of 64 blocks"));
     bad = good;
     bad.erase("blocks");
-    QCOMPARE(rejection(bad), QStringLiteral("/blocks: is missing"));
+    QCOMPARE(rejection(bad), QStringLiteral("/: \"blocks\" is missing"));
     bad = good;
     bad["blocks"][0] = "12345678FF0804000000000000000000";
     QVERIFY(rejection(bad).startsWith("/blocks/0: "));

@@ -21,6 +21,7 @@ using virtual_test::TrayWorld;
 namespace {
 
 constexpr std::uint32_t kTimeoutMs = 5000;
+constexpr std::int64_t kSoonMs = UNIFOLD_SOON_MS;
 constexpr char kAid[] = "A000000333";
 constexpr char kTransaction[] = "P012000000000000R0040156S006140426T00201U006143837";
 
@@ -159,7 +160,7 @@ void TestVirtualWaits::answersSoonAfterTheCardCame()
     OpenDevice device(m_library);
     // What takes long is the driver's doing only if it takes long each time.
     std::int64_t soonest = kTimeoutMs;
-    for (int round = 0; round < 5 && soonest >= 50; ++round) {
+    for (int round = 0; round < 5 && soonest >= kSoonMs; ++round) {
         for (const Slot slot : {Slot::Contact, Slot::Antenna, Slot::IdPlate})
             m_world.take(slot);
         QElapsedTimer timer;
@@ -177,7 +178,7 @@ void TestVirtualWaits::answersSoonAfterTheCardCame()
         QVERIFY2(answered >= 100, qPrintable(QString::number(answered)));
         soonest = std::min(soonest, answered - came);
     }
-    QVERIFY2(soonest < 50, qPrintable(QString::number(soonest)));
+    QVERIFY2(soonest < kSoonMs, qPrintable(QString::number(soonest)));
 }
 
 QTEST_GUILESS_MAIN(TestVirtualWaits)

@@ -167,7 +167,7 @@ void TestStripeCard::nonsenseIsRejectedWithItsPlace()
     QCOMPARE(rejection(describe({{"2", 12}})), QStringLiteral("/tracks/2: must be text"));
     QCOMPARE(rejection(describe({{"4", "12"}})), QStringLiteral("/tracks/4: is not known here"));
     QCOMPARE(rejection(describe("12")), QStringLiteral("/tracks: must be an object"));
-    QCOMPARE(rejection({{"kind", "stripe"}}), QStringLiteral("/tracks: is missing"));
+    QCOMPARE(rejection({{"kind", "stripe"}}), QStringLiteral("/: \"tracks\" is missing"));
     QCOMPARE(rejection({{"kind", "id"}}), QStringLiteral("/kind: must be \"stripe\""));
     QCOMPARE(rejection(describe({{"1", std::string("A\0B", 3)}})),
              QStringLiteral("/tracks/1: must not contain a NUL character"));
