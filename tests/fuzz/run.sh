@@ -4,7 +4,7 @@
 # An input that fails stays in <build folder>/fuzz; it belongs into the corpus once its cause is mended.
 set -euo pipefail
 build=$(realpath "$1")
-seconds=${2:-500}
+seconds=${2:-450}
 shift $(($# < 2 ? $# : 2))
 here=$(dirname "$(realpath "$0")")
 targets=("$@")

@@ -81,6 +81,7 @@ private slots:
     void showsCardTextsAsText();
     void keepsItsSizeWhateverATitleHolds();
     void showsABrokenCard();
+    void manyBrokenCardsLeaveTheTilesTheirRoom();
     void leavesBrokenCardsOutOfTheMenu();
     void showsABrokenTrayAndRecovers();
     void showsAFolderThatCannotBe();
@@ -419,6 +420,17 @@ void TestTrayPanel::showsABrokenCard()
     choose("psam4", "action_psam-2");
     QVERIFY(!text("label_message").contains("psam-4.json"));
     QCOMPARE(text("label_card_psam4"), QString("psam-2"));
+}
+
+void TestTrayPanel::manyBrokenCardsLeaveTheTilesTheirRoom()
+{
+    for (const std::string &id : m_tray->cardIds())
+        writeFile("cards/" + QString::fromStdString(id) + ".json", R"({"kind": "cpu", "atr": "not a number"})");
+    const auto &message = find<QLabel>("label_message");
+    QTRY_VERIFY2(message.text().endsWith("另有 6 项"), qPrintable(message.text()));
+    QTRY_VERIFY(message.height() >= message.heightForWidth(message.width()));
+    for (const auto *button : m_window->findChildren<QToolButton *>())
+        QVERIFY2(button->height() >= button->sizeHint().height(), qPrintable(button->objectName()));
 }
 
 void TestTrayPanel::leavesBrokenCardsOutOfTheMenu()

@@ -4,6 +4,10 @@
 <context>
     <name>tray_panel::PanelWindow</name>
     <message>
+        <source>另有 %1 项</source>
+        <translation>and %1 more</translation>
+    </message>
+    <message>
         <source>虚拟读卡器</source>
         <translation>Virtual reader</translation>
     </message>

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int kWidth = 600; ///< what a 1920 pixels wide screen has left beside the bench and its image dialog
 constexpr int kColumns = 2;
+constexpr int kMostReasons = 2; ///< why something cannot be read; a text of several lines each
 
 QLabel *makeLabel(const char *objectName, QWidget *parent)
 {
@@ -137,8 +138,22 @@ void PanelWindow::showMessage()
     }
     lines.removeAll(QString());
     lines.removeDuplicates();
+    const int more = lines.size() - kMostReasons;
+    if (more > 0) {
+        lines = lines.mid(0, kMostReasons);
+        lines << tr("另有 %1 项").arg(more);
+    }
     m_message->setText(lines.join('\n'));
     m_message->setVisible(!lines.isEmpty());
+    makeRoom();
+}
+
+/// A wrapped text is no part of a window's minimum size: it would take its room from the tiles.
+void PanelWindow::makeRoom()
+{
+    const int needed = layout()->totalHeightForWidth(width());
+    if (height() < needed)
+        resize(width(), needed);
 }
 
 } // namespace tray_panel

@@ -29,6 +29,7 @@ private:
     QWidget *makeFaults();
     void showView();
     void showMessage();
+    void makeRoom();
 
     TrayWatch m_watch;
     QString m_failure; ///< why the last action did nothing
