@@ -8,18 +8,35 @@ namespace drivers::reader {
 
 namespace {
 
-const std::vector<DeviceEntry> &allDevices()
+/// Ports of each kind: serial ones from SDT0001, USB ones from SDT1001.
+constexpr int kSdtPorts = 16;
+
+std::string sdtPort(int number)
 {
-    static const std::vector<DeviceEntry> devices = {
+    const std::string digits = std::to_string(number);
+    return "SDT" + std::string(4 - digits.size(), '0') + digits;
+}
+
+std::vector<DeviceEntry> makeDevices()
+{
+    std::vector<DeviceEntry> devices = {
         {sdk::kTransportUsb, "VUSB0001", std::nullopt},
         {sdk::kTransportUsb, "VUSB0002", std::nullopt},
         {sdk::kTransportSerial, "VCOM1", std::nullopt},
         {sdk::kTransportSerial, "VCOM2", std::nullopt},
         {sdk::kTransportPcsc, "Unifold Virtual Reader [Contact] (TRAY0001) 00 00", tray::Slot::Contact},
         {sdk::kTransportPcsc, "Unifold Virtual Reader [Contactless] (TRAY0001) 00 01", tray::Slot::Antenna},
-        {sdk::kTransportSdt, "SDT1001", std::nullopt},
-        {sdk::kTransportSdt, "SDT0001", std::nullopt},
     };
+    for (int port = 1; port <= kSdtPorts; ++port) {
+        devices.push_back({sdk::kTransportSdt, sdtPort(1000 + port), std::nullopt});
+        devices.push_back({sdk::kTransportSdt, sdtPort(port), std::nullopt});
+    }
+    return devices;
+}
+
+const std::vector<DeviceEntry> &allDevices()
+{
+    static const std::vector<DeviceEntry> devices = makeDevices();
     return devices;
 }
 

@@ -39,7 +39,10 @@ private slots:
         QTest::newRow("PC/SC") << "radioButton_pcsc"
                                << QStringList({"Unifold Virtual Reader [Contact] (TRAY0001) 00 00",
                                                "Unifold Virtual Reader [Contactless] (TRAY0001) 00 01"});
-        QTest::newRow("SDT") << "radioButton_sdt" << QStringList({"SDT1001", "SDT0001"});
+        QStringList ports;
+        for (int port = 1; port <= 16; ++port)
+            ports << QString::asprintf("SDT%04d", 1000 + port) << QString::asprintf("SDT%04d", port);
+        QTest::newRow("SDT") << "radioButton_sdt" << ports;
     }
 
     void eachTransportShowsItsDevices()
@@ -49,10 +52,11 @@ private slots:
         VirtualBench bench;
         bench.loadLibrary();
         bench.press(transport.toLatin1().constData());
-        QCOMPARE(bench.logOf("pushButton_enum_select"),
-                 QStringList({kSeparator, "[主界面] vek_enum_devices 检索到2个设备.",
-                              "[主界面] 设备列表[" + names.join('|') + "|].", "[主界面] 设备1 [" + names[0] + "].",
-                              "[主界面] 设备2 [" + names[1] + "]."}));
+        QStringList lines{kSeparator, "[主界面] vek_enum_devices 检索到" + QString::number(names.size()) + "个设备.",
+                          "[主界面] 设备列表[" + names.join('|') + "|]."};
+        for (int i = 0; i < names.size(); ++i)
+            lines << "[主界面] 设备" + QString::number(i + 1) + " [" + names[i] + "].";
+        QCOMPARE(bench.logOf("pushButton_enum_select"), lines);
         QCOMPARE(shownDevices(bench), names);
     }
 
@@ -99,15 +103,19 @@ private slots:
         QCOMPARE(bench.logOf("pushButton_close"), QStringList({kSeparator, "[主界面] vek_close return[0]."}));
     }
 
-    void anSdtPortThatIsNotThereDoesNotOpen()
+    void everySdtPortThatTheWindowOffersOpens()
     {
         VirtualBench bench;
         bench.loadLibrary();
         bench.press("radioButton_sdt");
-        bench.widget<QComboBox>("comboBox_select_device")->setCurrentText("SDT1007");
-        QCOMPARE(bench.logOf("pushButton_open_select"),
-                 QStringList({kSeparator, "[主界面] vek_open 打开设备失败！return[0H]"}));
-        QVERIFY(bench.text("lineEdit_handle").isEmpty());
+        const QStringList ports = shownDevices(bench);
+        QCOMPARE(ports.size(), 32);
+        for (const QString &port : ports) {
+            bench.widget<QComboBox>("comboBox_select_device")->setCurrentText(port);
+            const QStringList log = bench.logOf("pushButton_open_select");
+            QCOMPARE(log, QStringList({kSeparator, opened(bench)}));
+            bench.press("pushButton_close");
+        }
     }
 
     void brokenTrayOpensNoDevice()
