@@ -16,6 +16,7 @@
 #include <QMouseEvent>
 #include <QStyle>
 #include <QSysInfo>
+#include <QWindow>
 
 namespace {
 
@@ -142,8 +143,9 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
     m_dragging = true;
     m_pressX = qRound(event->screenPos().x());
     m_pressY = qRound(event->screenPos().y());
-    m_originX = frameGeometry().topLeft().x();
-    m_originY = frameGeometry().topLeft().y();
+    const QPoint origin = frameOrigin();
+    m_originX = origin.x();
+    m_originY = origin.y();
 }
 
 void MainWindow::mouseReleaseEvent(QMouseEvent *event)
@@ -164,6 +166,14 @@ void MainWindow::mouseMoveEvent(QMouseEvent *event)
 void MainWindow::moveEvent(QMoveEvent * /*event*/)
 {
     publishFollowPoint(pos());
+}
+
+/// frameGeometry().topLeft(), as the window system has it. The widget keeps a copy of the frame's widths, which it may
+/// have taken before the window manager made the frame: a drag would begin with a jump by those widths.
+QPoint MainWindow::frameOrigin() const
+{
+    const QWindow *const window = windowHandle();
+    return window != nullptr ? window->framePosition() : frameGeometry().topLeft();
 }
 
 void MainWindow::publishFollowPoint(const QPoint &position)

@@ -64,6 +64,7 @@ private:
     int addDevices(char *list, int firstNumber);
     void showOpenResult(std::int64_t handle);
     void setDeviceOpen(bool open);
+    QPoint frameOrigin() const;
     void publishFollowPoint(const QPoint &position);
 
     Ui_MainWindow *ui;

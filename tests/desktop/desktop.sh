@@ -16,6 +16,7 @@ trap end_desktop EXIT
 
 fail() {
     echo "FAILED: $*" >&2
+    grep -v 'debian-menu.xml' "$world/openbox.log" >&2 || true
     exit 1
 }
 
@@ -28,7 +29,7 @@ start_desktop() {
     DISPLAY=:$(cat "$world/display")
     export DISPLAY
     unset QT_QPA_PLATFORM
-    openbox >/dev/null 2>&1 &
+    openbox >"$world/openbox.log" 2>&1 &
     pids+=($!)
     wait_for "a window manager" window_manager_runs
 }
@@ -43,17 +44,17 @@ window_manager_runs() {
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id'
 }
 
-# wait_for <what> <command>... : up to ten seconds.
+# wait_for <what> <command>... : up to twenty seconds and more.
 wait_for() {
     local what=$1
     shift
-    for _ in $(seq 200); do
+    for _ in $(seq 400); do
         if "$@"; then
             return
         fi
         sleep 0.05
     done
-    fail "waited in vain for $what${window:+ (window at $(position "$window"))}"
+    fail "waited in vain for $what${window:+ (window at $(position "$window"))}: $*"
 }
 
 window_shown() {
@@ -65,12 +66,15 @@ window_named() {
     xdotool search --onlyvisible --name "^$1\$" | head -n 1
 }
 
-# rests <window>: the window manager has done with placing it.
+# rests <window>: the window manager has framed it and done with placing it.
 rests() {
     local before
+    xprop -id "$1" _NET_FRAME_EXTENTS | grep -q = || return 1
     before=$(position "$1")
-    sleep 0.3
-    [ "$(position "$1")" = "$before" ]
+    for _ in 1 2 3; do
+        sleep 0.3
+        [ "$(position "$1")" = "$before" ] || return 1
+    done
 }
 
 # position <window>: "x y" of the client area's corner. xdotool counts the frame twice under a window manager.
