@@ -16,7 +16,7 @@ trap end_desktop EXIT
 
 fail() {
     echo "FAILED: $*" >&2
-    grep -v 'debian-menu.xml' "$world/openbox.log" >&2 || true
+    grep -v 'debian-menu.xml' "$world/openbox.log" >&2 2>/dev/null || true
     exit 1
 }
 
