@@ -17,7 +17,7 @@ select_reply=6F0A8408A0000003330101019000
 
 start_pcscd() {
     if ! pgrep -x pcscd >/dev/null; then
-        pcscd --foreground >"$world/pcscd.log" 2>&1 &
+        PATH=$PATH:/usr/sbin pcscd --foreground >"$world/pcscd.log" 2>&1 &
         pids+=($!)
     fi
     wait_for "the virtual reader of pcscd (is vsmartcard-vpcd installed?)" virtual_reader_shown
@@ -33,7 +33,9 @@ card_seen() {
 
 start_desktop
 # The daemon's socket and the virtual reader's ports exist once on a machine; the other tests take the same lock.
-exec 9>>/tmp/unifold-vpcd.lock
+lock=/tmp/unifold-vpcd.lock
+[ -e "$lock" ] || : >>"$lock"
+exec 9<"$lock" # another user's, perhaps
 flock 9
 start_pcscd
 "$card" "$atr" "00A4040008A000000333010101*=$select_reply" >/dev/null &

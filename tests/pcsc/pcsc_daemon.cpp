@@ -47,9 +47,20 @@ bool hasReader(const char *firstSlot)
            std::count(names.begin(), names.end(), firstSlot) + std::count(names.begin(), names.end(), lastSlot) == 2;
 }
 
+/// Whoever was first made the file; a lock needs no more than reading it. -1 on failure.
+int openLockFile()
+{
+    for (const int flags : {0, O_CREAT, 0}) { // a file of another user's may not be opened with O_CREAT in /tmp
+        const int file = open(kLockFile, flags | O_RDONLY | O_CLOEXEC, 0644);
+        if (file >= 0)
+            return file;
+    }
+    return -1;
+}
+
 } // namespace
 
-PcscDaemon::PcscDaemon() : m_lock(open(kLockFile, O_CREAT | O_RDWR | O_CLOEXEC, 0666))
+PcscDaemon::PcscDaemon() : m_lock(openLockFile())
 {
     if (m_lock < 0 || flock(m_lock, LOCK_EX) != 0) {
         m_problem = QStringLiteral("cannot lock %1").arg(QLatin1String(kLockFile));
