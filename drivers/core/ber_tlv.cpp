@@ -75,15 +75,15 @@ private:
     std::size_t m_position = 0;
 };
 
-bool collect(const Bytes &data, TlvMap &elements, int depth)
+bool visitLevel(const Bytes &data, const std::function<void(const Tlv &)> &visit, int depth)
 {
     const auto level = parseTlv(data);
     if (!level || depth > kMaxDepth)
         return false;
     for (const Tlv &element : *level) {
         if (!isConstructed(element.tag))
-            elements.emplace(element.tag, element.value);
-        else if (!collect(element.value, elements, depth + 1))
+            visit(element);
+        else if (!visitLevel(element.value, visit, depth + 1))
             return false;
     }
     return true;
@@ -119,9 +119,14 @@ std::optional<std::vector<Tlv>> parseTlv(const Bytes &data)
     return elements;
 }
 
+bool visitPrimitives(const Bytes &data, const std::function<void(const Tlv &)> &visit)
+{
+    return visitLevel(data, visit, 0);
+}
+
 bool collectPrimitives(const Bytes &data, TlvMap &elements)
 {
-    return collect(data, elements, 0);
+    return visitPrimitives(data, [&](const Tlv &element) { elements.emplace(element.tag, element.value); });
 }
 
 std::optional<Bytes> findTlv(const Bytes &data, std::uint32_t tag)

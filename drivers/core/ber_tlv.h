@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <vector>
@@ -23,8 +24,12 @@ using TlvMap = std::map<std::uint32_t, Bytes>;
 /// tag or a length is cut off, a value is longer than what is left, or a length is indefinite or longer than 65535.
 std::optional<std::vector<Tlv>> parseTlv(const Bytes &data);
 
-/// Puts the primitive elements of all levels into `elements`; of elements with the same tag the first one stays. False,
-/// with `elements` as far as it got, for malformed data or nesting deeper than any card application needs.
+/// Shows the primitive elements of all levels, in their order. False, after those that come before the flaw, for
+/// malformed data or nesting deeper than any card application needs.
+bool visitPrimitives(const Bytes &data, const std::function<void(const Tlv &)> &visit);
+
+/// Puts the primitive elements of all levels into `elements`; of elements with the same tag the first one stays. False
+/// as visitPrimitives() is, with `elements` as far as it got.
 bool collectPrimitives(const Bytes &data, TlvMap &elements);
 
 /// The value of the first element `tag` of the data's outermost level.

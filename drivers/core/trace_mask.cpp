@@ -109,18 +109,6 @@ bool isTrackTag(std::uint32_t tag)
     return std::find(kTrackTags.begin(), kTrackTags.end(), tag) != kTrackTags.end();
 }
 
-// The tracks of all levels, the same one as often as it is there.
-void collectTracks(const Bytes &data, std::vector<Bytes> &tracks)
-{
-    const auto elements = parseTlv(data);
-    for (const Tlv &element : elements ? *elements : std::vector<Tlv>()) {
-        if (isConstructed(element.tag))
-            collectTracks(element.value, tracks);
-        else if (isTrackTag(element.tag) && !element.value.empty())
-            tracks.push_back(element.value);
-    }
-}
-
 void starEverywhere(std::string &text, std::size_t begin, const Bytes &bytes, const Bytes &secret)
 {
     auto at = bytes.begin();
@@ -133,13 +121,15 @@ void starEverywhere(std::string &text, std::size_t begin, const Bytes &bytes, co
 // Hides the tracks among the elements that stand in the text from `begin` on.
 void maskElements(std::string &text, std::size_t begin, const Bytes &bytes)
 {
-    TlvMap elements;
-    if (!collectPrimitives(bytes, elements)) {
+    std::vector<Bytes> tracks;
+    const bool whole = visitPrimitives(bytes, [&](const Tlv &element) {
+        if (isTrackTag(element.tag) && !element.value.empty())
+            tracks.push_back(element.value);
+    });
+    if (!whole) {
         maskFromTrackTag(text, begin, bytes);
         return;
     }
-    std::vector<Bytes> tracks;
-    collectTracks(bytes, tracks);
     for (const Bytes &track : tracks)
         starEverywhere(text, begin, bytes, track);
 }

@@ -4,7 +4,6 @@
 #include "tools/tray/output.h"
 
 #include <iostream>
-#include <limits>
 #include <memory>
 
 namespace tray_tool {
@@ -16,7 +15,7 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::int64_t kLargestId = std::numeric_limits<std::int64_t>::max();
+constexpr auto kLargestId = static_cast<std::int64_t>(drivers::tray::kMostCount);
 
 /// What stands on the command line of "fault add".
 struct Request {
