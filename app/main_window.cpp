@@ -16,7 +16,6 @@
 #include <QMouseEvent>
 #include <QStyle>
 #include <QSysInfo>
-#include <QWindow>
 
 namespace {
 
@@ -143,9 +142,8 @@ void MainWindow::mousePressEvent(QMouseEvent *event)
     m_dragging = true;
     m_pressX = qRound(event->screenPos().x());
     m_pressY = qRound(event->screenPos().y());
-    const QPoint origin = frameOrigin();
-    m_originX = origin.x();
-    m_originY = origin.y();
+    m_originX = geometry().x();
+    m_originY = geometry().y();
 }
 
 void MainWindow::mouseReleaseEvent(QMouseEvent *event)
@@ -160,20 +158,17 @@ void MainWindow::mouseMoveEvent(QMouseEvent *event)
 {
     if (!m_dragging)
         return;
-    move(m_originX + qRound(event->screenPos().x()) - m_pressX, m_originY + qRound(event->screenPos().y()) - m_pressY);
+    // move() takes the frame's place. The widget may have looked at the frame's widths before the window manager made
+    // the frame, and may look again at any time: the frame's place at the press would then end in a jump by those
+    // widths.
+    const QPoint frame = geometry().topLeft() - frameGeometry().topLeft();
+    move(m_originX - frame.x() + qRound(event->screenPos().x()) - m_pressX,
+         m_originY - frame.y() + qRound(event->screenPos().y()) - m_pressY);
 }
 
 void MainWindow::moveEvent(QMoveEvent * /*event*/)
 {
     publishFollowPoint(pos());
-}
-
-/// frameGeometry().topLeft(), as the window system has it. The widget keeps a copy of the frame's widths, which it may
-/// have taken before the window manager made the frame: a drag would begin with a jump by those widths.
-QPoint MainWindow::frameOrigin() const
-{
-    const QWindow *const window = windowHandle();
-    return window != nullptr ? window->framePosition() : frameGeometry().topLeft();
 }
 
 void MainWindow::publishFollowPoint(const QPoint &position)

@@ -64,7 +64,6 @@ private:
     int addDevices(char *list, int firstNumber);
     void showOpenResult(std::int64_t handle);
     void setDeviceOpen(bool open);
-    QPoint frameOrigin() const;
     void publishFollowPoint(const QPoint &position);
 
     Ui_MainWindow *ui;
@@ -80,7 +79,7 @@ private:
     bool m_dragging;
     int m_pressX;
     int m_pressY;
-    int m_originX;
+    int m_originX; ///< of the window inside its frame, at the press
     int m_originY;
     QPoint m_followPoint;
     int m_titleBarHeight; ///< of the style; kept and not used

@@ -35,6 +35,7 @@ public:
     JsonNode at(const std::string &key) const;
     std::optional<JsonNode> find(const std::string &key) const;
 
+    bool isObject() const { return m_value.is_object(); }
     bool isArray() const { return m_value.is_array(); }
 
     /// The elements of an array.

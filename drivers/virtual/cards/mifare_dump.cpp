@@ -73,7 +73,7 @@ void overlaySectorKeys(const JsonNode &sectors, MifareImage &image)
 void requireSameUid(const JsonNode &dump, const Block16 &manufacturer)
 {
     const auto card = dump.find("Card");
-    const auto uid = card ? card->find("UID") : std::nullopt;
+    const auto uid = card && card->isObject() ? card->find("UID") : std::nullopt;
     if (!uid)
         return;
     const Bytes bytes = uid->hex(kUidBytes, kUidBytes);

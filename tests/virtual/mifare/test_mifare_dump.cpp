@@ -133,6 +133,8 @@ void TestMifareDump::sectorKeysCompleteTrailersReadFromACard()
     dump.erase("Card");
     QCOMPARE(static_cast<int>(importJsonDump(dump).at(7)[0]), 0);
     QCOMPARE(static_cast<int>(importJsonDump(dump).at(11)[0]), 0xA0);
+    dump["Card"] = "what other programs say of the card";
+    QCOMPARE(static_cast<int>(importJsonDump(dump).at(11)[0]), 0xA0);
 }
 
 void TestMifareDump::jsonNamesThePlaceAtFault()
